@@ -1,0 +1,74 @@
+#pragma once
+// The cell grid as the user sees it: a spreadsheet-like view over a GridModel. Row 0 and
+// column 0 of the model are its fixed headings; their size is Column(0).Width and
+// RowHeight(0). It offers the selection with the clipboard, the five file exports, and the
+// mouse-button event on which the window opens its context menu.
+
+#include <QString>
+#include <QWidget>
+#include <functional>
+
+#include "GridModel.h"
+#include "GridSelection.h"
+
+class QTableView;
+class QUndoStack;
+
+class GridWidget : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit GridWidget(QWidget* parent = nullptr);
+    ~GridWidget() override;
+
+    GridModel& Model();
+    const GridModel& Model() const;
+    QTableView& View();
+
+    // Convenience forwards to the model, so window code reads like the grid's own API.
+    int Rows() const { return Model().Rows(); }
+    void SetRows(int rows) { Model().SetRows(rows); }
+    int Cols() const { return Model().Cols(); }
+    void SetCols(int cols) { Model().SetCols(cols); }
+    QString CellText(int row, int col) const { return Model().CellText(row, col); }
+    void SetCellText(int row, int col, const QString& text) { Model().SetCellText(row, col, text); }
+    void SetCellFormat(int row, int col, int format) { Model().SetCellFormat(row, col, format); }
+    GridModel::ColumnRef Column(int index) { return Model().Column(index); }
+    int RowHeight(int row) const { return Model().RowHeight(row); }
+    void SetRowHeight(int row, int height) { Model().SetRowHeight(row, height); }
+    void SetTopRow(int row) { Model().SetTopRow(row); }
+    bool Enabled() const { return Model().Enabled(); }
+    void SetEnabled(bool enabled) { Model().SetEnabled(enabled); }
+    void SetSheetFlag(bool on) { Model().SetSheetFlag(on); }
+
+    // The currently selected cells, as a fresh object for one edit operation.
+    GridSelection Selection();
+
+    // The five exports. Each writes the used range (headings excluded) and answers whether
+    // the whole file was written. The PDF, CSV and XML exports, given an empty path, ask
+    // for a destination through the destination asker and answer false when none is given.
+    bool ExportExcel(const QString& path, bool option1, bool option2);
+    bool ExportHtml(const QString& path);
+    bool ExportPdf(const QString& path);
+    bool ExportCsv(const QString& path);
+    bool ExportXml(const QString& path);
+
+    // How the grid asks for a file name: (filter "desc|*.ext", title, initial name) -> path
+    // or "" when cancelled. The window hands in the platform's save dialog.
+    using DestinationAsker = std::function<QString(const QString& filter, const QString& title,
+                                                   const QString& initialName)>;
+    void SetDestinationAsker(DestinationAsker asker);
+
+    // The grid's own undo history of edits (typing, cut, paste, delete).
+    QUndoStack& UndoStack();
+
+signals:
+    // A mouse button went down on the grid: button 1 left, 2 right, 4 middle; shift state
+    // 1 Shift, 2 Ctrl, 4 Alt; x and y from the grid's top-left corner, in the unit of the
+    // column widths and row heights. A disabled grid raises none.
+    void MouseDown(int button, int shift, float x, float y);
+
+private:
+    struct Parts;
+    Parts* p_;
+};
