@@ -1,0 +1,154 @@
+// The Qt implementation of what the program asks of the desktop.
+
+#include "QtPlatform.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMessageBox>
+#include <QStringList>
+#include <QUrl>
+
+namespace {
+
+const char* const ProgramName = "Kelvara";
+
+// The window a modal box belongs to: the one the user is working in.
+QWidget* ActiveWindow() {
+    return QApplication::activeWindow();
+}
+
+// The button sets of the style number's low bits, in their order.
+QList<QMessageBox::StandardButton> Buttons(int style) {
+    switch (style & 7) {
+        case 1:
+            return {QMessageBox::Ok, QMessageBox::Cancel};
+        case 2:
+            return {QMessageBox::Abort, QMessageBox::Retry, QMessageBox::Ignore};
+        case 3:
+            return {QMessageBox::Yes, QMessageBox::No, QMessageBox::Cancel};
+        case 4:
+            return {QMessageBox::Yes, QMessageBox::No};
+        case 5:
+            return {QMessageBox::Retry, QMessageBox::Cancel};
+        default:
+            return {QMessageBox::Ok};
+    }
+}
+
+QMessageBox::Icon IconOf(int style) {
+    switch (style & 0x70) {
+        case 16:
+            return QMessageBox::Critical;
+        case 32:
+            return QMessageBox::Question;
+        case 48:
+            return QMessageBox::Warning;
+        case 64:
+            return QMessageBox::Information;
+        default:
+            return QMessageBox::NoIcon;
+    }
+}
+
+int AnswerOf(QMessageBox::StandardButton button) {
+    switch (button) {
+        case QMessageBox::Ok:
+            return 1;
+        case QMessageBox::Cancel:
+            return 2;
+        case QMessageBox::Abort:
+            return 3;
+        case QMessageBox::Retry:
+            return 4;
+        case QMessageBox::Ignore:
+            return 5;
+        case QMessageBox::Yes:
+            return 6;
+        case QMessageBox::No:
+            return 7;
+        default:
+            return 2;
+    }
+}
+
+}  // namespace
+
+int QtPlatform::MessageBox(const QString& text, int style, const QString& title) {
+    QMessageBox box(IconOf(style), title.isEmpty() ? QString::fromLatin1(ProgramName) : title, text,
+                    QMessageBox::NoButton, ActiveWindow());
+    const QList<QMessageBox::StandardButton> buttons = Buttons(style);
+    for (QMessageBox::StandardButton b : buttons)
+        box.addButton(b);
+    // Style bits 256 and 512 make the second or third button the default one.
+    const qsizetype defaultIndex = (style >> 8) & 3;
+    box.setDefaultButton(buttons.value(defaultIndex < buttons.size() ? defaultIndex : 0));
+    box.exec();
+    QAbstractButton* clicked = box.clickedButton();
+    if (clicked == nullptr) return buttons.size() == 1 ? AnswerOf(buttons.front()) : 2;
+    return AnswerOf(box.standardButton(clicked));
+}
+
+QString QtPlatform::DialogFilter(const QString& filter) {
+    const QStringList parts = filter.split(QLatin1Char('|'));
+    QStringList entries;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        const QString description = parts[i];
+        QString patterns = parts[i + 1];
+        patterns.replace(QLatin1Char(';'), QLatin1Char(' '));
+        // Qt reads the patterns from the description's last parentheses; a description that
+        // already ends with them is shown as it is.
+        if (description.endsWith(QLatin1Char('(') + patterns + QLatin1Char(')')))
+            entries << description;
+        else
+            entries << description + QLatin1String(" (") + patterns + QLatin1Char(')');
+    }
+    return entries.join(QLatin1String(";;"));
+}
+
+QString QtPlatform::SaveFileName(const QString& filter, const QString& title,
+                                 const QString& initialName) {
+    return QFileDialog::getSaveFileName(ActiveWindow(), title, initialName, DialogFilter(filter),
+                                        nullptr, QFileDialog::DontConfirmOverwrite);
+}
+
+bool QtPlatform::FileExists(const QString& path) {
+    if (path.isEmpty()) return false;
+    const QFileInfo info(path);
+    return info.isFile() && !info.isHidden();
+}
+
+void QtPlatform::ShellOpen(QWidget* /*owner*/, const QString& target) {
+    const bool address = target.contains(QLatin1String("://")) ||
+                         target.startsWith(QLatin1String("mailto:"), Qt::CaseInsensitive);
+    QDesktopServices::openUrl(address ? QUrl(target) : QUrl::fromLocalFile(target));
+}
+
+QString QtPlatform::ProgramFolder() {
+    return QCoreApplication::applicationDirPath();
+}
+
+void QtPlatform::PopupMenu(QMenu& menu) {
+    menu.exec(QCursor::pos());
+}
+
+void QtPlatform::ShowModal(QDialog& dialog) {
+    dialog.exec();
+}
+
+void QtPlatform::EndOnRuntimeError(int number, const QString& description) {
+    QMessageBox box(QMessageBox::Critical, QString::fromLatin1(ProgramName),
+                    QStringLiteral("Run-time error '%1':\n\n%2").arg(number).arg(description),
+                    QMessageBox::Ok, ActiveWindow());
+    box.exec();
+    ended_ = true;
+    exitStatus_ = number >= 1 && number <= 255 ? number : 1;
+    // Closing the windows must not end the program with status 0 on its own.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QApplication::closeAllWindows();
+    QCoreApplication::exit(exitStatus_);
+}
