@@ -36,6 +36,10 @@ public:
     std::string_view CellUtf8(int row, int col) const;  // valid until the next change
     void SetCellText(int row, int col, const QString& text);
     void SetCellText(int row, int col, std::string_view utf8);
+    // A string literal is UTF-8 text (without this, a literal would fit both forms above).
+    void SetCellText(int row, int col, const char* utf8) {
+        SetCellText(row, col, std::string_view(utf8));
+    }
 
     // The display code of a cell; 10 marks a heading (drawn centred and bold).
     int CellFormat(int row, int col) const;

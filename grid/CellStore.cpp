@@ -1,0 +1,184 @@
+#include "CellStore.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
+    const auto r = std::size_t(row);
+    const auto c = std::size_t(col);
+    if (r >= rows_.size()) {
+        if (text.empty()) return false;
+        rows_.resize(r + 1);
+    }
+    auto& cells = rows_[r];
+    if (c >= cells.size()) {
+        if (text.empty()) return false;
+        if (c + 1 > cells.capacity()) {
+            // Grow in doubling steps, but never past the grid's width unless the cell
+            // itself lies beyond it.
+            const std::size_t doubled = std::max<std::size_t>(cells.capacity() * 2, 8);
+            const std::size_t limit =
+                std::max<std::size_t>(std::size_t(std::max(rowWidth, 0)), c + 1);
+            cells.reserve(std::max(c + 1, std::min(doubled, limit)));
+        }
+        cells.resize(c + 1, 0);
+    }
+    const Ref old = cells[c];
+    if (Read(blocks_, old) == text) return false;
+
+    if (!text.empty() && blocks_.size() + 1 >= kMaxBlocks) {
+        // Out of block numbers: rebuild the arena first. The text may stand in it.
+        const std::string copy(text);
+        Forget(old);
+        cells[c] = 0;
+        Compact();
+        if (blocks_.size() + 1 >= kMaxBlocks) throw std::length_error("cell storage is full");
+        cells[c] = Append(copy);
+        return true;
+    }
+    // Appending never moves existing bytes, so a text read from this store stays valid.
+    cells[c] = text.empty() ? 0 : Append(text);
+    Forget(old);
+    CompactIfWasteful();
+    return true;
+}
+
+void CellStore::AddBlock(std::size_t size) {
+    Block block;
+    block.bytes = std::make_unique_for_overwrite<char[]>(size);
+    block.size = size;
+    blocks_.push_back(std::move(block));
+}
+
+CellStore::Ref CellStore::Append(std::string_view text) {
+    if (blocks_.empty()) {
+        AddBlock(nextBlockSize_);
+        current_ = 0;
+        fill_ = 1;  // byte 0 of block 0 is never used: reference 0 is the empty text
+    }
+    const std::size_t stored = StoredSize(text.size());
+    std::size_t block;
+    std::size_t position;
+    if (stored > kLargeText) {
+        AddBlock(stored);
+        block = blocks_.size() - 1;
+        position = 0;
+    } else {
+        if (fill_ + stored > blocks_[current_].size) {
+            nextBlockSize_ = std::min(blocks_[current_].size * 2, kMaxBlockSize);
+            AddBlock(nextBlockSize_);
+            current_ = blocks_.size() - 1;
+            fill_ = 0;
+        }
+        block = current_;
+        position = fill_;
+        fill_ += stored;
+    }
+    char* p = blocks_[block].bytes.get() + position;
+    std::size_t length = text.size();
+    while (length >= 0x80) {
+        *p++ = static_cast<char>((length & 0x7F) | 0x80);
+        length >>= 7;
+    }
+    *p++ = static_cast<char>(length);
+    std::memcpy(p, text.data(), text.size());
+    liveBytes_ += stored;
+    return static_cast<Ref>((block << kPositionBits) | position);
+}
+
+void CellStore::Forget(Ref ref) {
+    if (ref == 0) return;
+    const std::size_t stored = StoredSize(Read(blocks_, ref).size());
+    liveBytes_ -= stored;
+    deadBytes_ += stored;
+}
+
+void CellStore::CompactIfWasteful() {
+    if (liveBytes_ == 0) {
+        if (!blocks_.empty()) {
+            blocks_.clear();
+            blocks_.shrink_to_fit();
+            deadBytes_ = 0;
+            fill_ = 0;
+            nextBlockSize_ = kFirstBlockSize;
+        }
+    } else if (deadBytes_ > liveBytes_ && deadBytes_ >= kMaxBlockSize) {
+        Compact();
+    }
+}
+
+void CellStore::Compact() {
+    std::vector<Block> old;
+    old.swap(blocks_);
+    const std::size_t live = liveBytes_;
+    liveBytes_ = 0;
+    deadBytes_ = 0;
+    fill_ = 0;
+    current_ = 0;
+    nextBlockSize_ = std::clamp(std::bit_ceil(live + 1), kFirstBlockSize, kMaxBlockSize);
+    for (auto& cells : rows_) {
+        for (Ref& ref : cells) {
+            if (ref != 0) ref = Append(Read(old, ref));
+        }
+    }
+}
+
+void CellStore::DropRowsFrom(int row) {
+    const auto first = std::size_t(std::max(row, 0));
+    if (first >= rows_.size()) return;
+    for (std::size_t r = first; r < rows_.size(); ++r) {
+        for (Ref ref : rows_[r])
+            Forget(ref);
+    }
+    rows_.resize(first);
+    if (rows_.capacity() > 2 * rows_.size() + 64) rows_.shrink_to_fit();
+    CompactIfWasteful();
+}
+
+void CellStore::DropColumnsFrom(int col) {
+    const auto first = std::size_t(std::max(col, 0));
+    for (auto& cells : rows_) {
+        if (cells.size() <= first) continue;
+        for (std::size_t c = first; c < cells.size(); ++c)
+            Forget(cells[c]);
+        cells.resize(first);
+        if (cells.capacity() > 2 * cells.size() + 16) cells.shrink_to_fit();
+    }
+    CompactIfWasteful();
+}
+
+int CellStore::LastUsedRow() const {
+    for (std::size_t r = rows_.size(); r-- > 1;) {
+        const auto& cells = rows_[r];
+        if (cells.size() > 1 &&
+            std::any_of(cells.begin() + 1, cells.end(), [](Ref ref) { return ref != 0; }))
+            return int(r);
+    }
+    return 0;
+}
+
+int CellStore::LastUsedCol() const {
+    std::size_t last = 0;
+    for (std::size_t r = 1; r < rows_.size(); ++r) {
+        const auto& cells = rows_[r];
+        for (std::size_t c = cells.size(); c-- > last + 1;) {
+            if (cells[c] != 0) {
+                last = c;
+                break;
+            }
+        }
+    }
+    return int(last);
+}
+
+std::size_t CellStore::Bytes() const {
+    std::size_t bytes = blocks_.capacity() * sizeof(Block) + rows_.capacity() * sizeof(rows_[0]);
+    for (const auto& block : blocks_)
+        bytes += block.size;
+    for (const auto& cells : rows_)
+        bytes += cells.capacity() * sizeof(Ref);
+    return bytes;
+}

@@ -1,0 +1,94 @@
+#pragma once
+// The texts of a grid's cells, kept compact enough for millions of cells.
+//
+// Each row that has ever held a text owns a dense array of 32-bit references, one per
+// column up to its last written column; 0 is the empty text. A reference names a block of
+// an arena and a position in it, where the text stands as UTF-8 behind a variable-length
+// length prefix. Overwriting a cell appends the new text and leaves the old bytes as
+// garbage; once the garbage outweighs the live texts, the arena is rebuilt.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+class CellStore {
+public:
+    CellStore() = default;
+    CellStore(const CellStore&) = delete;
+    CellStore& operator=(const CellStore&) = delete;
+
+    // The text of a cell; "" for a cell never written. Valid until the next change.
+    std::string_view Text(int row, int col) const {
+        if (row < 0 || col < 0 || std::size_t(row) >= rows_.size()) return {};
+        const auto& cells = rows_[std::size_t(row)];
+        if (std::size_t(col) >= cells.size()) return {};
+        return Read(blocks_, cells[std::size_t(col)]);
+    }
+
+    // Sets a cell's text (row, col >= 0). rowWidth is the grid's column count: a row's
+    // array grows in steps up to it. Answers false when the cell already held the text.
+    // The text may point into this store.
+    bool SetText(int row, int col, std::string_view text, int rowWidth);
+
+    // Forget every cell in rows >= row, or in columns >= col.
+    void DropRowsFrom(int row);
+    void DropColumnsFrom(int col);
+
+    // The last row and last column, counted from 1, that hold a non-empty text in some
+    // column or row >= 1; 0 when there is none.
+    int LastUsedRow() const;
+    int LastUsedCol() const;
+
+    // Bytes of memory held by the arena and the reference arrays.
+    std::size_t Bytes() const;
+
+private:
+    using Ref = std::uint32_t;
+    static constexpr unsigned kPositionBits = 20;
+    static constexpr std::size_t kMaxBlockSize = std::size_t(1) << kPositionBits;
+    static constexpr std::size_t kFirstBlockSize = 4096;
+    static constexpr std::size_t kMaxBlocks = std::size_t(1) << (32 - kPositionBits);
+    // A text longer than this gets a block of its own instead of filling the current one.
+    static constexpr std::size_t kLargeText = kMaxBlockSize / 8;
+
+    struct Block {
+        std::unique_ptr<char[]> bytes;
+        std::size_t size = 0;
+    };
+
+    static std::string_view Read(const std::vector<Block>& blocks, Ref ref) {
+        if (ref == 0) return {};
+        const char* p = blocks[ref >> kPositionBits].bytes.get() + (ref & (kMaxBlockSize - 1));
+        std::size_t length = 0;
+        unsigned shift = 0;
+        unsigned char byte;
+        do {
+            byte = static_cast<unsigned char>(*p++);
+            length |= std::size_t(byte & 0x7F) << shift;
+            shift += 7;
+        } while (byte & 0x80);
+        return {p, length};
+    }
+    static std::size_t StoredSize(std::size_t length) {
+        std::size_t prefix = 1;
+        for (std::size_t rest = length; rest >= 0x80; rest >>= 7)
+            ++prefix;
+        return prefix + length;
+    }
+
+    Ref Append(std::string_view text);
+    void AddBlock(std::size_t size);
+    void Forget(Ref ref);
+    void CompactIfWasteful();
+    void Compact();
+
+    std::vector<Block> blocks_;
+    std::size_t fill_ = 0;     // bytes used in the block being filled (the last normal one)
+    std::size_t current_ = 0;  // index of that block; meaningful once blocks_ is not empty
+    std::size_t nextBlockSize_ = kFirstBlockSize;
+    std::vector<std::vector<Ref>> rows_;
+    std::size_t liveBytes_ = 0;
+    std::size_t deadBytes_ = 0;
+};
