@@ -1,0 +1,508 @@
+// The grid widget: a QTableView over the GridModel, with spreadsheet keys, an undo history
+// of the grid's own edits and the mouse-button event the window listens to.
+#include "GridWidget.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QStyledItemDelegate>
+#include <QTableView>
+#include <QUndoStack>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <map>
+
+#include "Exporters.h"
+#include "GridEditCommands.h"
+
+namespace {
+
+using PressHook = std::function<void(QWidget* source, QMouseEvent* event)>;
+
+// The fixed headings of the grid; they report button presses like the cells do.
+class GridHeader : public QHeaderView {
+public:
+    GridHeader(Qt::Orientation orientation, QWidget* parent) : QHeaderView(orientation, parent) {}
+    PressHook pressHook;
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override {
+        QHeaderView::mousePressEvent(event);
+        if (pressHook) pressHook(viewport(), event);
+    }
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        QHeaderView::mouseDoubleClickEvent(event);
+        if (pressHook) pressHook(viewport(), event);
+    }
+};
+
+// The cell area. Keys go to the widget's own handler first; the selection follows a press
+// before the press is reported, so a menu opened from the report acts on the new selection.
+class GridView : public QTableView {
+public:
+    explicit GridView(QWidget* parent) : QTableView(parent) {}
+    // Moves the current cell one row down or up, for Enter and Shift+Enter.
+    bool StepVertically(bool up) { return MoveCurrent(up ? MoveUp : MoveDown); }
+    PressHook pressHook;
+    std::function<bool(QKeyEvent*)> keyHook;
+    std::function<void()> geometryHook;
+
+    // Where the editor leaves the current cell: Enter moves down, Tab right, Shift+Tab left.
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override {
+        QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+        switch (hint) {
+            case QAbstractItemDelegate::SubmitModelCache:
+                MoveCurrent(GridView::MoveDown);
+                break;
+            case QAbstractItemDelegate::EditNextItem:
+                MoveCurrent(QAbstractItemView::MoveRight);
+                break;
+            case QAbstractItemDelegate::EditPreviousItem:
+                MoveCurrent(QAbstractItemView::MoveLeft);
+                break;
+            default:
+                break;
+        }
+    }
+
+    // Moves the current cell one step; answers false at the grid's edge.
+    bool MoveCurrent(CursorAction action) {
+        const QModelIndex from = currentIndex();
+        const QModelIndex to = moveCursor(action, Qt::NoModifier);
+        if (!to.isValid() || to == from) return false;
+        selectionModel()->setCurrentIndex(to, QItemSelectionModel::ClearAndSelect);
+        return true;
+    }
+
+    bool focusNextPrevChild(bool next) override {
+        // Tab inside the grid moves between cells until the last (or first) column, then
+        // lets the focus move on, so the keyboard can still leave the grid.
+        if (state() != EditingState && currentIndex().isValid() &&
+            MoveCurrent(next ? MoveRight : MoveLeft))
+            return true;
+        return QWidget::focusNextPrevChild(next);
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (keyHook && keyHook(event)) return;
+        QTableView::keyPressEvent(event);
+    }
+    void mousePressEvent(QMouseEvent* event) override {
+        QTableView::mousePressEvent(event);
+        if (pressHook) pressHook(viewport(), event);
+    }
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        QTableView::mouseDoubleClickEvent(event);
+        if (pressHook) pressHook(viewport(), event);
+    }
+    void updateGeometries() override {
+        QTableView::updateGeometries();
+        if (geometryHook) geometryHook();
+    }
+};
+
+// Edits cells in a plain line editor; the text is handed back through `commit` so that
+// each edit becomes one step of the grid's undo history.
+class GridDelegate : public QStyledItemDelegate {
+public:
+    explicit GridDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
+    std::function<void(const QModelIndex&, const QString&)> commit;
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
+                          const QModelIndex&) const override {
+        auto* editor = new QLineEdit(parent);
+        editor->setFrame(false);
+        return editor;
+    }
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+        if (auto* line = qobject_cast<QLineEdit*>(editor))
+            line->setText(index.data(Qt::EditRole).toString());
+    }
+    void setModelData(QWidget* editor, QAbstractItemModel*,
+                      const QModelIndex& index) const override {
+        if (auto* line = qobject_cast<QLineEdit*>(editor); line && commit)
+            commit(index, line->text());
+    }
+
+protected:
+    // Enter commits at once (the stock delegate defers it to the event loop).
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (event->type() == QEvent::KeyPress) {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+                auto* editor = qobject_cast<QWidget*>(object);
+                emit commitData(editor);
+                emit closeEditor(editor, QAbstractItemDelegate::SubmitModelCache);
+                return true;
+            }
+        }
+        return QStyledItemDelegate::eventFilter(object, event);
+    }
+};
+
+int ButtonCode(Qt::MouseButton button) {
+    switch (button) {
+        case Qt::LeftButton:
+            return 1;
+        case Qt::RightButton:
+            return 2;
+        case Qt::MiddleButton:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+int ShiftCode(Qt::KeyboardModifiers modifiers) {
+    int code = 0;
+    if (modifiers & Qt::ShiftModifier) code |= 1;
+    if (modifiers & Qt::ControlModifier) code |= 2;
+    if (modifiers & Qt::AltModifier) code |= 4;
+    return code;
+}
+
+}  // namespace
+
+namespace {
+
+// Reports presses on a helper widget of the view (the corner button over the headings).
+class PressFilter : public QObject {
+public:
+    PressFilter(QObject* parent, PressHook hook) : QObject(parent), hook_(std::move(hook)) {}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::MouseButtonPress ||
+            event->type() == QEvent::MouseButtonDblClick)
+            hook_(static_cast<QWidget*>(watched), static_cast<QMouseEvent*>(event));
+        return false;
+    }
+
+private:
+    PressHook hook_;
+};
+
+}  // namespace
+
+struct GridWidget::Parts {
+    GridWidget* self = nullptr;
+    GridModel model;
+    QUndoStack undo;
+    GridView* view = nullptr;
+    GridHeader* columnHeadings = nullptr;  // the view's horizontal header shows row 0
+    GridHeader* rowHeadings = nullptr;     // the view's vertical header shows column 0
+    DestinationAsker asker;
+    std::map<int, int> rowHeights;  // data rows whose height differs from the default
+    bool followingScroll = false;   // the model's top row is being set from the view
+    bool topRowPending = false;     // the model's top row still has to reach the view
+    bool syncingSizes = false;      // sizes are flowing from the model to the view
+
+    void ReportPress(QWidget* source, QMouseEvent* event);
+    bool HandleKey(QKeyEvent* event);
+    void Commit(const QModelIndex& index, const QString& text);
+    void ApplyColumnWidth(int col, int width);
+    void ApplyRowHeight(int row, int height);
+    void SyncColumnWidths();
+    void SyncRowHeights(int firstViewRow, int lastViewRow);
+    void ApplyTopRow();
+    void FollowScroll();
+    bool AskAndExport(const QString& path, const QString& filter, const QString& title,
+                      bool (*exporter)(const GridModel&, const QString&));
+};
+
+// Positions are reported from the top-left corner of the heading areas, so that a press on
+// the first data cell lies right of Column(0).Width and below RowHeight(0).
+void GridWidget::Parts::ReportPress(QWidget* source, QMouseEvent* event) {
+    if (!model.Enabled()) return;
+    const int button = ButtonCode(event->button());
+    if (button == 0) return;
+    const QPointF inView = source->mapTo(view, event->position());
+    const QPoint cells = view->viewport()->geometry().topLeft();
+    const int headingWidth = rowHeadings->isHidden() ? 0 : rowHeadings->width();
+    const int headingHeight = columnHeadings->isHidden() ? 0 : columnHeadings->height();
+    const float x = static_cast<float>(inView.x() - (cells.x() - headingWidth));
+    const float y = static_cast<float>(inView.y() - (cells.y() - headingHeight));
+    emit self->MouseDown(button, ShiftCode(event->modifiers()), x, y);
+}
+
+bool GridWidget::Parts::HandleKey(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Copy)) {
+        self->Selection().Copy();
+    } else if (event->matches(QKeySequence::Cut)) {
+        self->Selection().Cut();
+    } else if (event->matches(QKeySequence::Paste)) {
+        self->Selection().Paste();
+    } else if (event->matches(QKeySequence::Undo)) {
+        undo.undo();
+    } else if (event->matches(QKeySequence::Redo)) {
+        undo.redo();
+    } else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+        self->Selection().ClearContents();
+    } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        view->StepVertically(event->modifiers() & Qt::ShiftModifier);
+    } else {
+        return false;
+    }
+    event->accept();
+    return true;
+}
+
+void GridWidget::Parts::Commit(const QModelIndex& index, const QString& text) {
+    const int row = index.row() + 1;
+    const int col = index.column() + 1;
+    if (model.CellText(row, col) == text) return;
+    undo.push(
+        new CellBlockCommand(model, QRect(col, row, 1, 1), CellBlock::Filled(text.toStdString())));
+}
+
+void GridWidget::Parts::ApplyColumnWidth(int col, int width) {
+    syncingSizes = true;
+    if (col == 0) {
+        rowHeadings->setFixedWidth(width);
+        rowHeadings->setVisible(width > 0);
+    } else if (col - 1 < columnHeadings->count()) {
+        if (width > 0) columnHeadings->resizeSection(col - 1, width);
+        columnHeadings->setSectionHidden(col - 1, width <= 0);
+    }
+    syncingSizes = false;
+}
+
+void GridWidget::Parts::ApplyRowHeight(int row, int height) {
+    syncingSizes = true;
+    if (row == 0) {
+        columnHeadings->setFixedHeight(height);
+        columnHeadings->setVisible(height > 0);
+    } else if (row - 1 < rowHeadings->count()) {
+        if (height > 0) rowHeadings->resizeSection(row - 1, height);
+        rowHeadings->setSectionHidden(row - 1, height <= 0);
+    }
+    syncingSizes = false;
+}
+
+// Columns are few, so they are all read again whenever the view's columns change.
+void GridWidget::Parts::SyncColumnWidths() {
+    for (int col = 0; col < model.Cols(); ++col)
+        ApplyColumnWidth(col, model.ColumnWidth(col));
+}
+
+// Rows may be millions; only those known to differ from the default are visited.
+void GridWidget::Parts::SyncRowHeights(int firstViewRow, int lastViewRow) {
+    ApplyRowHeight(0, model.RowHeight(0));
+    auto it = rowHeights.lower_bound(firstViewRow + 1);
+    while (it != rowHeights.end() && it->first <= lastViewRow + 1) {
+        const int height = model.RowHeight(it->first);
+        ApplyRowHeight(it->first, height);
+        it = height == GridModel::DefaultRowHeight ? rowHeights.erase(it) : std::next(it);
+    }
+}
+
+void GridWidget::Parts::ApplyTopRow() {
+    const int row = model.TopRow();
+    if (row < 1 || row - 1 >= view->model()->rowCount()) return;  // rows not shown yet
+    const QModelIndex index = view->model()->index(row - 1, std::max(0, view->columnAt(0)));
+    followingScroll = true;
+    view->scrollTo(index, QAbstractItemView::PositionAtTop);
+    followingScroll = false;
+    // A view that has not been laid out yet scrolls again once it has its size.
+    if (view->isVisible() && view->rowAt(0) == row - 1) topRowPending = false;
+}
+
+void GridWidget::Parts::FollowScroll() {
+    if (followingScroll || topRowPending) return;
+    const int first = view->rowAt(0);
+    if (first < 0) return;
+    followingScroll = true;
+    model.SetTopRow(first + 1);
+    followingScroll = false;
+}
+
+bool GridWidget::Parts::AskAndExport(const QString& path, const QString& filter,
+                                     const QString& title,
+                                     bool (*exporter)(const GridModel&, const QString&)) {
+    QString destination = path;
+    if (destination.isEmpty()) {
+        if (!asker) return false;
+        destination = asker(filter, title, QString());
+        if (destination.isEmpty()) return false;
+    }
+    return exporter(model, destination);
+}
+
+GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(new Parts) {
+    Parts& p = *p_;
+    p.self = this;
+    p.view = new GridView(this);
+    GridView& view = *p.view;
+    p.columnHeadings = new GridHeader(Qt::Horizontal, &view);
+    p.rowHeadings = new GridHeader(Qt::Vertical, &view);
+    view.setHorizontalHeader(p.columnHeadings);
+    view.setVerticalHeader(p.rowHeadings);
+    view.setModel(&p.model);
+
+    auto* delegate = new GridDelegate(&view);
+    delegate->commit = [this](const QModelIndex& index, const QString& text) {
+        p_->Commit(index, text);
+    };
+    view.setItemDelegate(delegate);
+
+    for (GridHeader* header : {p.columnHeadings, p.rowHeadings}) {
+        header->setSectionsClickable(true);
+        header->setHighlightSections(true);
+        header->setSectionResizeMode(QHeaderView::Interactive);
+        header->setMinimumSectionSize(4);
+        header->setContextMenuPolicy(Qt::PreventContextMenu);
+    }
+    p.columnHeadings->setDefaultSectionSize(GridModel::DefaultColumnWidth);
+    p.rowHeadings->setDefaultSectionSize(GridModel::DefaultRowHeight);
+    p.rowHeadings->setDefaultAlignment(Qt::AlignCenter);
+
+    view.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    view.setSelectionBehavior(QAbstractItemView::SelectItems);
+    view.setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+                         QAbstractItemView::AnyKeyPressed);
+    view.setWordWrap(false);
+    view.setTabKeyNavigation(true);
+    view.setContextMenuPolicy(Qt::PreventContextMenu);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    setFocusProxy(&view);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(&view);
+
+    const PressHook press = [this](QWidget* source, QMouseEvent* event) {
+        p_->ReportPress(source, event);
+    };
+    view.pressHook = press;
+    p.columnHeadings->pressHook = press;
+    p.rowHeadings->pressHook = press;
+    if (auto* corner = view.findChild<QAbstractButton*>())
+        corner->installEventFilter(new PressFilter(corner, press));
+    view.keyHook = [this](QKeyEvent* event) { return p_->HandleKey(event); };
+    view.geometryHook = [this] {
+        if (p_->topRowPending) p_->ApplyTopRow();
+    };
+
+    // The view follows the model's sizes; the user's resizing goes back into the model.
+    connect(&p.model, &GridModel::ColumnWidthChanged, this,
+            [this](int col, int width) { p_->ApplyColumnWidth(col, width); });
+    connect(&p.model, &GridModel::RowHeightChanged, this, [this](int row, int height) {
+        if (row > 0) {
+            if (height == GridModel::DefaultRowHeight)
+                p_->rowHeights.erase(row);
+            else
+                p_->rowHeights[row] = height;
+        }
+        p_->ApplyRowHeight(row, height);
+    });
+    connect(p.columnHeadings, &QHeaderView::sectionResized, this,
+            [this](int section, int, int size) {
+                if (!p_->syncingSizes) p_->model.SetColumnWidth(section + 1, size);
+            });
+    connect(p.rowHeadings, &QHeaderView::sectionResized, this, [this](int section, int, int size) {
+        if (!p_->syncingSizes) p_->model.SetRowHeight(section + 1, size);
+    });
+    connect(&p.model, &QAbstractItemModel::modelReset, this, [this] {
+        p_->SyncColumnWidths();
+        p_->SyncRowHeights(0, p_->model.Rows());
+        p_->undo.clear();
+    });
+    connect(&p.model, &QAbstractItemModel::columnsInserted, this,
+            [this] { p_->SyncColumnWidths(); });
+    connect(&p.model, &QAbstractItemModel::rowsInserted, this,
+            [this](const QModelIndex&, int first, int last) {
+                p_->SyncRowHeights(first, last);
+                if (p_->topRowPending) p_->ApplyTopRow();
+            });
+
+    // The history of edits refers to cells that shrinking the grid drops: it starts afresh.
+    connect(&p.model, &QAbstractItemModel::rowsRemoved, this, [this] { p_->undo.clear(); });
+    connect(&p.model, &QAbstractItemModel::columnsRemoved, this, [this] { p_->undo.clear(); });
+
+    connect(&p.model, &GridModel::TopRowChanged, this, [this] {
+        if (p_->followingScroll) return;
+        p_->topRowPending = true;
+        p_->ApplyTopRow();
+    });
+    connect(view.verticalScrollBar(), &QScrollBar::valueChanged, this,
+            [this] { p_->FollowScroll(); });
+    connect(&p.model, &GridModel::EnabledChanged, this, [this](bool on) { setEnabled(on); });
+
+    p.SyncColumnWidths();
+    p.SyncRowHeights(0, p.model.Rows());
+    setEnabled(p.model.Enabled());
+    if (p.model.TopRow() > 1) {
+        p.topRowPending = true;
+        p.ApplyTopRow();
+    }
+}
+
+GridWidget::~GridWidget() {
+    // The view goes before the model it shows.
+    delete p_->view;
+    delete p_;
+}
+
+GridModel& GridWidget::Model() {
+    return p_->model;
+}
+const GridModel& GridWidget::Model() const {
+    return p_->model;
+}
+QTableView& GridWidget::View() {
+    return *p_->view;
+}
+QUndoStack& GridWidget::UndoStack() {
+    return p_->undo;
+}
+
+GridSelection GridWidget::Selection() {
+    const QItemSelection selection = p_->view->selectionModel()->selection();
+    QRect cells;
+    if (!selection.isEmpty()) {
+        int top = selection.first().top(), bottom = selection.first().bottom();
+        int left = selection.first().left(), right = selection.first().right();
+        for (const QItemSelectionRange& range : selection) {
+            top = std::min(top, range.top());
+            bottom = std::max(bottom, range.bottom());
+            left = std::min(left, range.left());
+            right = std::max(right, range.right());
+        }
+        cells = QRect(QPoint(left + 1, top + 1), QPoint(right + 1, bottom + 1));
+    } else if (const QModelIndex current = p_->view->currentIndex(); current.isValid()) {
+        cells = QRect(current.column() + 1, current.row() + 1, 1, 1);
+    }
+    return GridSelection(p_->model, cells, &p_->undo);
+}
+
+bool GridWidget::ExportExcel(const QString& path, bool, bool) {
+    return GridExport::ExportExcel(p_->model, path);
+}
+
+bool GridWidget::ExportHtml(const QString& path) {
+    return GridExport::ExportHtml(p_->model, path);
+}
+
+bool GridWidget::ExportPdf(const QString& path) {
+    return p_->AskAndExport(path, QStringLiteral("PDF file (*.pdf)|*.pdf"),
+                            QStringLiteral("Export PDF file"), &GridExport::ExportPdf);
+}
+
+bool GridWidget::ExportCsv(const QString& path) {
+    return p_->AskAndExport(path, QStringLiteral("CSV file (*.csv)|*.csv"),
+                            QStringLiteral("Export CSV file"), &GridExport::ExportCsv);
+}
+
+bool GridWidget::ExportXml(const QString& path) {
+    return p_->AskAndExport(path, QStringLiteral("XML file (*.xml)|*.xml"),
+                            QStringLiteral("Export XML file"), &GridExport::ExportXml);
+}
+
+void GridWidget::SetDestinationAsker(DestinationAsker asker) {
+    p_->asker = std::move(asker);
+}
