@@ -1,0 +1,178 @@
+#include "NumberText.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+// How the 15 correctly rounded significant digits are found, fast:
+//
+// std::to_chars without a precision gives the shortest digits that read back as the same
+// double (Ryu), and among the shortest the ones closest to its exact value. For a normal
+// double the interval of reals that round to it is narrower (at most 2^-52 of the value)
+// than the distance between two 15-digit decimals (at least 10^-15 of the value), so it
+// holds at most one 15-digit decimal:
+//  - shortest digits of at most 15 significant digits are that decimal, which is then
+//    also the exact value's nearest 15-digit decimal: the correctly rounded result;
+//  - shortest digits of 16 or 17 significant digits lie on the same side of every
+//    midpoint M between two neighbouring 15-digit decimals as the exact value, unless
+//    they are M itself (a 16-digit decimal ending in 5). Otherwise M would lie between
+//    them and the exact value, inside the interval, and be a 16-digit candidate shorter
+//    than 17 digits, or closer than the 16 digits that were chosen. So the shortest
+//    digits can be rounded at the 16th digit, except when the digits after the 15th are
+//    exactly "5"; then, and for subnormal doubles (whose spacing is coarser than 15
+//    digits), std::to_chars with a precision of 14 decimals gives the 15 digits directly.
+
+namespace {
+
+struct Decimal {
+    char digits[24];  // significant digits, the first nonzero, no trailing zeros
+    int count;        // number of digits, 1..17
+    int exponent;     // value = 0.d1d2d3... x 10^(exponent + 1), i.e. d1.d2d3... x 10^exponent
+};
+
+// Parses to_chars' scientific form "d[.ddd]e±XX[X]" (no sign) into digits and exponent,
+// without a loop over the characters: the exponent has two or three digits, so the 'e'
+// stands 4 or 5 places before the end, and the digits after the point are copied in one
+// fixed-size block (the buffer is large enough; what lies past the count is not used).
+void ParseScientific(const char* first, const char* last, Decimal& out) {
+    const bool threeDigitExponent = last[-4] != 'e';
+    const char* e = last - (threeDigitExponent ? 5 : 4);
+    int exponent = (last[-2] - '0') * 10 + (last[-1] - '0');
+    if (threeDigitExponent) exponent += (last[-3] - '0') * 100;
+    out.exponent = e[1] == '-' ? -exponent : exponent;
+    out.digits[0] = first[0];
+    std::memcpy(out.digits + 1, first + 2, 16);
+    int n = e - first == 1 ? 1 : int(e - first) - 1;
+    while (n > 1 && out.digits[n - 1] == '0')
+        --n;
+    out.count = n;
+}
+
+// The 15 correctly rounded significant digits of a finite, nonzero, non-negative value.
+void RoundedDigits(double magnitude, Decimal& out) {
+    char text[48];  // "d.dddddddddddddddde-308" and room for the 16-byte copy above
+    if (magnitude >= std::numeric_limits<double>::min()) {
+        const auto shortest =
+            std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific);
+        ParseScientific(text, shortest.ptr, out);
+        if (out.count <= 15) return;
+        const bool exactMidpoint = out.count == 16 && out.digits[15] == '5';
+        if (!exactMidpoint) {
+            // Round the 16- or 17-digit form at the 16th digit: below 5 down, otherwise up
+            // (a 16th digit of 5 here always has more nonzero digits after it, or would be
+            // the exact midpoint excluded above).
+            const bool up = out.digits[15] >= '5';
+            int n = 15;
+            if (up) {
+                int k = 14;
+                while (k >= 0 && out.digits[k] == '9')
+                    out.digits[k--] = '0';
+                if (k < 0) {
+                    // 9.99...9 rounded up to 10.00...0: one digit, next exponent.
+                    out.digits[0] = '1';
+                    out.count = 1;
+                    ++out.exponent;
+                    return;
+                }
+                ++out.digits[k];
+            }
+            while (n > 1 && out.digits[n - 1] == '0')
+                --n;
+            out.count = n;
+            return;
+        }
+    }
+    const auto rounded =
+        std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific, 14);
+    ParseScientific(text, rounded.ptr, out);
+}
+
+}  // namespace
+
+std::size_t NumberToChars(double value, char* buffer, char decimalSeparator) {
+    char* out = buffer;
+    if (value == 0.0) {  // negative zero included
+        *out = '0';
+        return 1;
+    }
+    if (!std::isfinite(value)) {
+        // Never produced by the engine (every computed value is inspected); shown as
+        // printf's "%G" shows them.
+        const char* text = std::isnan(value) ? "NAN" : (value < 0 ? "-INF" : "INF");
+        const std::size_t length = std::strlen(text);
+        std::memcpy(out, text, length);
+        return length;
+    }
+    if (value < 0) {
+        *out++ = '-';
+        value = -value;
+    }
+
+    if (value < 1E15 && value == std::trunc(value)) {
+        // A whole number of at most 15 digits is its own rounded value, shown positionally.
+        return std::size_t(
+            std::to_chars(out, out + 16, static_cast<unsigned long long>(value)).ptr - buffer);
+    }
+
+    Decimal d;
+    RoundedDigits(value, d);
+    const int e = d.exponent;
+    const int n = d.count;
+
+    if (e >= -4 && e <= 14) {
+        if (e >= 0) {
+            // Integer part: digits 0..e, padded with zeros when there are fewer digits.
+            const int whole = e + 1;
+            if (n >= whole) {
+                std::memcpy(out, d.digits, whole);
+                out += whole;
+                if (n > whole) {
+                    *out++ = decimalSeparator;
+                    std::memcpy(out, d.digits + whole, n - whole);
+                    out += n - whole;
+                }
+            } else {
+                std::memcpy(out, d.digits, n);
+                out += n;
+                std::memset(out, '0', whole - n);
+                out += whole - n;
+            }
+        } else {
+            // 0.000ddd: a single zero before the separator, -e - 1 zeros after it.
+            *out++ = '0';
+            *out++ = decimalSeparator;
+            std::memset(out, '0', -e - 1);
+            out += -e - 1;
+            std::memcpy(out, d.digits, n);
+            out += n;
+        }
+    } else {
+        *out++ = d.digits[0];
+        if (n > 1) {
+            *out++ = decimalSeparator;
+            std::memcpy(out, d.digits + 1, n - 1);
+            out += n - 1;
+        }
+        *out++ = 'E';
+        int magnitude = e;
+        if (magnitude < 0) {
+            *out++ = '-';
+            magnitude = -magnitude;
+        } else {
+            *out++ = '+';
+        }
+        if (magnitude >= 100) {
+            *out++ = char('0' + magnitude / 100);
+            magnitude %= 100;
+        }
+        *out++ = char('0' + magnitude / 10);
+        *out++ = char('0' + magnitude % 10);
+    }
+    return std::size_t(out - buffer);
+}
+
+std::string NumberToText(double value, char decimalSeparator) {
+    char buffer[NumberTextCapacity];
+    return std::string(buffer, NumberToChars(value, buffer, decimalSeparator));
+}
