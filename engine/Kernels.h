@@ -1,0 +1,38 @@
+#pragma once
+// Dense building blocks shared by the engine's routines: bounds checks that stand for a
+// checked traversal, a cache-blocked multiply-and-accumulate whose every element is formed
+// in a fixed order, and a finiteness scan. Internal to the engine.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Matrix.h"
+
+namespace Kernels {
+
+// Raises the error that reading rows 1..rows, columns 1..cols of m row by row through the
+// checked element access would meet first: 9 at the first element outside m's bounds, 6
+// when a 16-bit counter would step past 32767. Counts below 1 read nothing.
+void CheckTraversal(std::int16_t rows, std::int16_t cols, const Matrix& m);
+
+enum class Update { Add, Subtract };
+
+// c(i, j) = c(i, j) + a(i, k) * b(k, j) (or - for Subtract) for k = 0 .. depth - 1 in this
+// order, each product rounded before it is added: every element gets exactly the bits of
+// the plain loop over k, whatever the blocking and however many workers share the work.
+// Row-major operands with leading dimensions lda, ldb, ldc; c must not overlap a or b.
+void MultiplyInto(Update update, std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdiff_t depth,
+                  const double* a, std::ptrdiff_t lda, const double* b, std::ptrdiff_t ldb,
+                  double* c, std::ptrdiff_t ldc, bool parallel = true);
+
+// Elimination steps k0 .. kEnd - 1 of Gaussian elimination applied to the columns
+// c0 .. n - 1 of an n by n row-major array whose multipliers a(i, k) for those steps are
+// already in place: a(i, j) = a(i, j) - a(i, k) * a(k, j) for every row i > k, in
+// ascending k for each element. Requires c0 >= kEnd.
+void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
+                      std::ptrdiff_t kEnd, std::ptrdiff_t c0);
+
+// Whether every element of the rows by cols block is finite.
+bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda);
+
+}  // namespace Kernels

@@ -1,0 +1,376 @@
+// Product, determinant, inverse and rank.
+//
+// Each routine first reads its operands into private row-major copies. Reading follows the
+// order of a checked traversal, A's block row by row, then B's: a matrix smaller than the
+// counts raises 9 (and a count of 32767 raises 6) before anything is computed or written.
+// A is never changed. Results are inspected in whole blocks once they are complete: a
+// non-finite value raises 6, just as inspecting each value as it is stored would, since
+// no operation used here turns a non-finite value back into a finite one.
+//
+// Determinant, inverse and rank:
+//  - Small integer matrices (at most 4096 entries, each an integer of magnitude up to
+//    2^62) are first reduced exactly, by fraction-free elimination in 128-bit integers.
+//    That gives the exact rank, the exact determinant (rounded once, to the nearest
+//    double) and an exact verdict on invertibility. An intermediate value that does not
+//    fit ends the exact attempt, and the floating-point methods below take over.
+//  - Otherwise every row is first scaled by a power of two so that its largest magnitude
+//    lies in [0.5, 1). The scaling is exact and is undone exactly (det A = det A' / prod
+//    2^e, inv A = inv A' * diag(2^e)); it keeps the elimination clear of overflow and
+//    makes the test for singularity independent of how the rows are scaled.
+//  - Singularity rule: a pivot p of the scaled matrix A' counts as zero when
+//        |p| <= N * 2^-52 * ||A'||_F,
+//    N being the larger count and ||A'||_F the Frobenius norm of A'. Rounding leaves
+//    residual pivots of a few units of 2^-52 times the matrix's scale where exact
+//    arithmetic would give zero; the absolute test 1 + |p| == 1 would miss those and
+//    would call any matrix of tiny entries singular.
+//  - Determinant and inverse use Gaussian elimination with partial pivoting, blocked for
+//    the caches and shared between the cores; the determinant is the signed product of
+//    the pivots (with the exponent kept apart, so that only the final value can overflow
+//    or underflow) and is never rounded to zero by the rule above. The rank uses complete
+//    pivoting and counts the pivots above the threshold.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "Checked.h"
+#include "Kernels.h"
+#include "MatrixModule.h"
+#include "Parallel.h"
+#include "RuntimeError.h"
+
+namespace MatrixModule {
+
+namespace {
+
+constexpr double kEpsilon = 0x1p-52;
+constexpr std::ptrdiff_t kExactLimit = 4096;  // entries tried by exact elimination
+constexpr std::ptrdiff_t kPanel = 48;         // steps per block of the blocked elimination
+
+[[noreturn]] void RaiseOverflow() {
+    throw RuntimeError(RuntimeError::Overflow);
+}
+
+// A's block, rows by cols, as a contiguous row-major copy (bounds checked as described).
+std::vector<double> ReadBlock(std::int16_t rows, std::int16_t cols, const Matrix& A) {
+    Kernels::CheckTraversal(rows, cols, A);
+    std::vector<double> block(std::size_t(rows) * std::size_t(cols));
+    for (std::int16_t i = 1; i <= rows; ++i)
+        std::memcpy(block.data() + std::size_t(i - 1) * std::size_t(cols), A.RowData(i),
+                    sizeof(double) * std::size_t(cols));
+    return block;
+}
+
+// ---------------------------------------------------------------- exact path -------------
+
+struct ExactReduction {
+    std::ptrdiff_t rank;
+    double determinant;  // for square matrices
+};
+
+// Fraction-free (Bareiss) elimination with row exchanges: every intermediate value is a
+// minor of A, and each division by the previous pivot is exact.
+std::optional<ExactReduction> ReduceIntegers(std::ptrdiff_t rows, std::ptrdiff_t cols,
+                                             const double* a) {
+    using Int = __int128;
+    if (rows * cols > kExactLimit) return std::nullopt;
+    std::vector<Int> m(std::size_t(rows * cols));
+    for (std::ptrdiff_t i = 0; i < rows * cols; ++i) {
+        const double x = a[i];
+        if (!(std::fabs(x) <= 0x1p62) || x != std::trunc(x)) return std::nullopt;
+        m[std::size_t(i)] = static_cast<long long>(x);
+    }
+    auto at = [&](std::ptrdiff_t i, std::ptrdiff_t j) -> Int& {
+        return m[std::size_t(i * cols + j)];
+    };
+    Int previous = 1;
+    bool negate = false;
+    std::ptrdiff_t rank = 0;
+    for (std::ptrdiff_t c = 0; c < cols && rank < rows; ++c) {
+        std::ptrdiff_t p = rank;
+        while (p < rows && at(p, c) == 0)
+            ++p;
+        if (p == rows) continue;  // no pivot in this column
+        if (p != rank) {
+            for (std::ptrdiff_t j = c; j < cols; ++j)
+                std::swap(at(p, j), at(rank, j));
+            negate = !negate;
+        }
+        const Int pivot = at(rank, c);
+        for (std::ptrdiff_t i = rank + 1; i < rows; ++i) {
+            const Int factor = at(i, c);
+            for (std::ptrdiff_t j = c + 1; j < cols; ++j) {
+                Int x, y, z;
+                if (__builtin_mul_overflow(pivot, at(i, j), &x) ||
+                    __builtin_mul_overflow(factor, at(rank, j), &y) ||
+                    __builtin_sub_overflow(x, y, &z))
+                    return std::nullopt;
+                at(i, j) = z / previous;
+            }
+            at(i, c) = 0;
+        }
+        previous = pivot;
+        ++rank;
+    }
+    double determinant = 0.0;
+    if (rows == cols && rank == rows) {
+        const Int last = at(rows - 1, cols - 1);
+        determinant = static_cast<double>(negate ? -last : last);
+    }
+    return ExactReduction{rank, determinant};
+}
+
+// ---------------------------------------------------------------- scaling ----------------
+
+// Scales each row of the rows by cols block by 2^-e(i) so that its largest magnitude lies
+// in [0.5, 1) (zero rows stay as they are); returns the exponents e(i). A non-finite entry
+// raises 6: nothing computed from it could pass inspection.
+std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a) {
+    if (!Kernels::AllFinite(a, rows, cols, cols)) RaiseOverflow();
+    std::vector<int> exponents(std::size_t(rows), 0);
+    for (std::ptrdiff_t i = 0; i < rows; ++i) {
+        double* row = a + i * cols;
+        double largest = 0.0;
+        for (std::ptrdiff_t j = 0; j < cols; ++j)
+            largest = std::max(largest, std::fabs(row[j]));
+        if (largest == 0.0) continue;
+        const int e = std::ilogb(largest) + 1;
+        exponents[std::size_t(i)] = e;
+        for (std::ptrdiff_t j = 0; j < cols; ++j)
+            row[j] = std::ldexp(row[j], -e);
+    }
+    return exponents;
+}
+
+// The singularity threshold of the scaled block (see the top of this file).
+double Threshold(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a) {
+    double squares = 0.0;
+    for (std::ptrdiff_t i = 0; i < rows * cols; ++i)
+        squares = squares + a[i] * a[i];
+    return double(std::max(rows, cols)) * kEpsilon * std::sqrt(squares);
+}
+
+// ---------------------------------------------------------------- partial pivoting -------
+
+// Blocked LU with partial pivoting of the n by n row-major block a, in place. Stops at the
+// first step whose largest candidate pivot is at most `tolerance` and returns that step's
+// index; returns n when every step had a pivot. pivots[k] is the row exchanged with row k.
+std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
+                                  std::vector<std::ptrdiff_t>& pivots, bool& odd) {
+    pivots.assign(std::size_t(n), 0);
+    odd = false;
+    for (std::ptrdiff_t k0 = 0; k0 < n; k0 += kPanel) {
+        const std::ptrdiff_t k1 = std::min(k0 + kPanel, n);
+        for (std::ptrdiff_t k = k0; k < k1; ++k) {
+            std::ptrdiff_t best = k;
+            double largest = std::fabs(a[k * n + k]);
+            for (std::ptrdiff_t i = k + 1; i < n; ++i)
+                if (std::fabs(a[i * n + k]) > largest) largest = std::fabs(a[i * n + k]), best = i;
+            if (!(largest > tolerance)) return k;
+            pivots[std::size_t(k)] = best;
+            if (best != k) {
+                std::swap_ranges(a + k * n, a + k * n + n, a + best * n);
+                odd = !odd;
+            }
+            const double* pivotRow = a + k * n;
+            const double pivot = pivotRow[k];
+            for (std::ptrdiff_t i = k + 1; i < n; ++i) {
+                double* row = a + i * n;
+                const double l = row[k] / pivot;
+                row[k] = l;
+                for (std::ptrdiff_t j = k + 1; j < k1; ++j)
+                    row[j] = row[j] - l * pivotRow[j];
+            }
+        }
+        Kernels::EliminateColumns(n, a, n, k0, k1, k1);
+    }
+    return n;
+}
+
+// Solves L U X = P for the columns [c0, c1) of x (n by n, row-major), P being the
+// permuted identity already in x: forward with the unit lower triangle, then backward
+// with the upper one, both blocked so that most of the work is a product of blocks.
+void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t c0,
+                  std::ptrdiff_t c1) {
+    const std::ptrdiff_t width = c1 - c0;
+    for (std::ptrdiff_t i0 = 0; i0 < n; i0 += kPanel) {
+        const std::ptrdiff_t i1 = std::min(i0 + kPanel, n);
+        Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0, lu + i0 * n, n, x + c0,
+                              n, x + i0 * n + c0, n, false);
+        for (std::ptrdiff_t i = i0 + 1; i < i1; ++i) {
+            double* row = x + i * n;
+            for (std::ptrdiff_t k = i0; k < i; ++k) {
+                const double l = lu[i * n + k];
+                const double* other = x + k * n;
+                for (std::ptrdiff_t j = c0; j < c1; ++j)
+                    row[j] = row[j] - l * other[j];
+            }
+        }
+    }
+    for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kPanel) {
+        const std::ptrdiff_t i0 = std::max<std::ptrdiff_t>(i1 - kPanel, 0);
+        Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, n - i1, lu + i0 * n + i1,
+                              n, x + i1 * n + c0, n, x + i0 * n + c0, n, false);
+        for (std::ptrdiff_t i = i1 - 1; i >= i0; --i) {
+            double* row = x + i * n;
+            for (std::ptrdiff_t k = i + 1; k < i1; ++k) {
+                const double u = lu[i * n + k];
+                const double* other = x + k * n;
+                for (std::ptrdiff_t j = c0; j < c1; ++j)
+                    row[j] = row[j] - u * other[j];
+            }
+            const double pivot = lu[i * n + i];
+            for (std::ptrdiff_t j = c0; j < c1; ++j)
+                row[j] = row[j] / pivot;
+        }
+    }
+}
+
+// ---------------------------------------------------------------- complete pivoting ------
+
+// The number of pivots above `tolerance` in elimination with complete pivoting of the
+// rows by cols row-major block a (destroyed).
+std::ptrdiff_t CountPivots(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a, double tolerance) {
+    const std::ptrdiff_t steps = std::min(rows, cols);
+    std::vector<double> rowLargest(std::size_t(rows), 0.0);
+    std::vector<std::ptrdiff_t> rowWhere(std::size_t(rows), 0);
+    auto largestOf = [&](std::ptrdiff_t i, std::ptrdiff_t from) {
+        const double* row = a + i * cols;
+        double largest = -1.0;
+        std::ptrdiff_t where = from;
+        for (std::ptrdiff_t j = from; j < cols; ++j)
+            if (std::fabs(row[j]) > largest) largest = std::fabs(row[j]), where = j;
+        rowLargest[std::size_t(i)] = largest;
+        rowWhere[std::size_t(i)] = where;
+    };
+    for (std::ptrdiff_t i = 0; i < rows; ++i)
+        largestOf(i, 0);
+    for (std::ptrdiff_t k = 0; k < steps; ++k) {
+        std::ptrdiff_t pr = k;
+        for (std::ptrdiff_t i = k + 1; i < rows; ++i)
+            if (rowLargest[std::size_t(i)] > rowLargest[std::size_t(pr)]) pr = i;
+        if (!(rowLargest[std::size_t(pr)] > tolerance)) return k;
+        const std::ptrdiff_t pc = rowWhere[std::size_t(pr)];
+        if (pr != k) std::swap_ranges(a + k * cols, a + k * cols + cols, a + pr * cols);
+        if (pc != k)
+            for (std::ptrdiff_t i = 0; i < rows; ++i)
+                std::swap(a[i * cols + k], a[i * cols + pc]);
+        const double* pivotRow = a + k * cols;
+        const double pivot = pivotRow[k];
+        const double work = 2.0 * double(rows - k) * double(cols - k);
+        Parallel::ForRange(k + 1, rows, 8, work, [&](std::ptrdiff_t r0, std::ptrdiff_t r1) {
+            for (std::ptrdiff_t i = r0; i < r1; ++i) {
+                double* row = a + i * cols;
+                const double l = row[k] / pivot;
+                for (std::ptrdiff_t j = k + 1; j < cols; ++j)
+                    row[j] = row[j] - l * pivotRow[j];
+                row[k] = 0.0;
+                largestOf(i, k + 1);
+            }
+        });
+    }
+    return steps;
+}
+
+}  // namespace
+
+void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB, const Matrix& A,
+                      const Matrix& B, Matrix& C) {
+    if (rowsA < 1 || colsB < 1) return;
+    Kernels::CheckTraversal(rowsA, colsA, A);
+    Kernels::CheckTraversal(colsA, colsB, B);
+    Kernels::CheckTraversal(rowsA, colsB, C);
+    const std::ptrdiff_t m = rowsA, n = colsB, depth = std::max<std::int16_t>(colsA, 0);
+    // Each element is the plain sum over k in ascending order, starting from 0.
+    std::vector<double> product(std::size_t(m * n), 0.0);
+    if (depth > 0)
+        Kernels::MultiplyInto(Kernels::Update::Add, m, n, depth, A.RowData(1), A.Cols(),
+                              B.RowData(1), B.Cols(), product.data(), n);
+    for (std::int16_t i = 1; i <= rowsA; ++i)
+        std::memcpy(C.RowData(i), product.data() + (i - 1) * n, sizeof(double) * std::size_t(n));
+    if (!Kernels::AllFinite(product.data(), m, n, n)) RaiseOverflow();
+}
+
+double MatrixDeterminant(std::int16_t n, const Matrix& A) {
+    if (n < 1) return 1.0;  // the empty product
+    std::vector<double> a = ReadBlock(n, n, A);
+    if (auto exact = ReduceIntegers(n, n, a.data())) return exact->determinant;
+    const std::vector<int> exponents = ScaleRows(n, n, a.data());
+    std::vector<std::ptrdiff_t> pivots;
+    bool odd;
+    if (FactorPartialPivot(n, a.data(), 0.0, pivots, odd) < n) return 0.0;
+    if (!Kernels::AllFinite(a.data(), n, n, n)) RaiseOverflow();
+    // The product of the pivots, its binary exponent kept apart.
+    double mantissa = odd ? -1.0 : 1.0;
+    long exponent = 0;
+    for (std::ptrdiff_t k = 0; k < n; ++k) {
+        int e;
+        mantissa = std::frexp(mantissa * a[std::size_t(k * n + k)], &e);
+        exponent += e;
+    }
+    for (int e : exponents)
+        exponent -= e;
+    exponent = std::clamp(exponent, -100000L, 100000L);
+    const double determinant = std::ldexp(mantissa, int(exponent));
+    if (!std::isfinite(determinant)) RaiseOverflow();
+    return determinant;
+}
+
+bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
+    if (n < 1) return true;  // nothing to invert
+    std::vector<double> a = ReadBlock(n, n, A);
+    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, a.data());
+    if (exact && exact->rank < n) return false;
+    const std::vector<int> exponents = ScaleRows(n, n, a.data());
+    // A matrix known to be invertible stops only at a pivot that is exactly zero.
+    const double tolerance = exact ? 0.0 : Threshold(n, n, a.data());
+    std::vector<std::ptrdiff_t> pivots;
+    bool odd;
+    if (FactorPartialPivot(n, a.data(), tolerance, pivots, odd) < n) return false;
+    if (!Kernels::AllFinite(a.data(), n, n, n)) RaiseOverflow();
+    // X starts as the identity with the row exchanges of the elimination applied.
+    std::vector<std::ptrdiff_t> order(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t k = 0; k < n; ++k)
+        order[std::size_t(k)] = k;
+    for (std::ptrdiff_t k = 0; k < n; ++k)
+        std::swap(order[std::size_t(k)], order[std::size_t(pivots[std::size_t(k)])]);
+    std::vector<double> x(std::size_t(n) * std::size_t(n), 0.0);
+    for (std::ptrdiff_t k = 0; k < n; ++k)
+        x[std::size_t(k * n + order[std::size_t(k)])] = 1.0;
+    // The columns of the inverse are independent: the workers share them out.
+    const double work = 2.0 * double(n) * double(n) * double(n);
+    Parallel::ForRange(0, n, 16, work, [&](std::ptrdiff_t c0, std::ptrdiff_t c1) {
+        SolveColumns(n, a.data(), x.data(), c0, c1);
+    });
+    // A' = S A with S = diag(2^-e), so inv A = inv A' S: column j takes the factor 2^-e(j).
+    for (std::ptrdiff_t i = 0; i < n; ++i)
+        for (std::ptrdiff_t j = 0; j < n; ++j) {
+            double& value = x[std::size_t(i * n + j)];
+            value = std::ldexp(value, -exponents[std::size_t(j)]);
+        }
+    if (!Kernels::AllFinite(x.data(), n, n, n)) RaiseOverflow();
+    if (Inv.Covers(n, n)) {
+        for (std::int16_t i = 1; i <= n; ++i)
+            std::memcpy(Inv.RowData(i), x.data() + std::size_t(i - 1) * std::size_t(n),
+                        sizeof(double) * std::size_t(n));
+    } else {
+        for (std::int16_t i = 1; i <= n; ++i)
+            for (std::int16_t j = 1; j <= n; ++j)
+                Inv.At(i, j) = x[std::size_t(i - 1) * std::size_t(n) + std::size_t(j - 1)];
+    }
+    return true;
+}
+
+std::int16_t MatrixRank(std::int16_t rows, std::int16_t cols, const Matrix& A) {
+    if (rows < 1 || cols < 1) return 0;
+    std::vector<double> a = ReadBlock(rows, cols, A);
+    if (auto exact = ReduceIntegers(rows, cols, a.data()))
+        return static_cast<std::int16_t>(exact->rank);
+    ScaleRows(rows, cols, a.data());
+    const double tolerance = Threshold(rows, cols, a.data());
+    return static_cast<std::int16_t>(CountPivots(rows, cols, a.data(), tolerance));
+}
+
+}  // namespace MatrixModule
