@@ -529,6 +529,7 @@ TextTable ParseHtmlTable(std::string_view html) {
         }
         if (name == "table") {
             if (!ending) {
+                if (inCell) cell.Text(" ");
                 ++depth;
             } else if (--depth <= 0) {
                 break;
@@ -564,7 +565,12 @@ TextTable ParseHtmlTable(std::string_view html) {
 }
 
 TextTable ParsePlainText(std::string_view text) {
-    if (TextTable matrix = ParseBracketMatrix(text); !matrix.IsEmpty()) return matrix;
+    const std::string_view trimmed = Trim(text);
+    if (trimmed.starts_with('[') && trimmed.ends_with(']')) {
+        // Bracketed text that is no matrix is taken as it stands.
+        TextTable matrix = ParseBracketMatrix(trimmed);
+        return matrix.IsEmpty() ? ParseTsv(text) : matrix;
+    }
     if (text.find('\t') == std::string_view::npos && text.find(',') != std::string_view::npos) {
         TextTable csv = ParseCsv(text);
         const int fields = csv.RowLength(0);

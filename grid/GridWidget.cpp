@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTableView>
@@ -29,6 +30,16 @@ public:
     GridHeader(Qt::Orientation orientation, QWidget* parent) : QHeaderView(orientation, parent) {}
     PressHook pressHook;
 
+    // The heading's depth (height of the heading row, width of the heading column) comes
+    // from the model; the view lays out its cells by this hint.
+    void SetDepth(int depth) {
+        depth_ = depth;
+        setVisible(depth > 0);
+        updateGeometry();
+    }
+    QSize sizeHint() const override { return Hint(); }
+    QSize minimumSizeHint() const override { return Hint(); }
+
 protected:
     void mousePressEvent(QMouseEvent* event) override {
         QHeaderView::mousePressEvent(event);
@@ -38,6 +49,55 @@ protected:
         QHeaderView::mouseDoubleClickEvent(event);
         if (pressHook) pressHook(viewport(), event);
     }
+
+private:
+    QSize Hint() const {
+        const QSize content = QHeaderView::sizeHint();
+        return orientation() == Qt::Horizontal ? QSize(content.width(), depth_)
+                                               : QSize(depth_, content.height());
+    }
+    int depth_ = 0;
+};
+
+// Edits cells in a plain line editor; the text is handed back through `commit` so that
+// each edit becomes one step of the grid's undo history.
+class GridDelegate : public QStyledItemDelegate {
+public:
+    explicit GridDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
+    std::function<void(const QModelIndex&, const QString&)> commit;
+    mutable QPointer<QLineEdit> lastEditor;  // the editor opened most recently
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
+                          const QModelIndex&) const override {
+        auto* editor = new QLineEdit(parent);
+        editor->setFrame(false);
+        lastEditor = editor;
+        return editor;
+    }
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+        if (auto* line = qobject_cast<QLineEdit*>(editor))
+            line->setText(index.data(Qt::EditRole).toString());
+    }
+    void setModelData(QWidget* editor, QAbstractItemModel*,
+                      const QModelIndex& index) const override {
+        if (auto* line = qobject_cast<QLineEdit*>(editor); line && commit)
+            commit(index, line->text());
+    }
+
+protected:
+    // Enter commits at once (the stock delegate defers it to the event loop).
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (event->type() == QEvent::KeyPress) {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+                auto* editor = qobject_cast<QWidget*>(object);
+                emit commitData(editor);
+                emit closeEditor(editor, QAbstractItemDelegate::SubmitModelCache);
+                return true;
+            }
+        }
+        return QStyledItemDelegate::eventFilter(object, event);
+    }
 };
 
 // The cell area. Keys go to the widget's own handler first; the selection follows a press
@@ -45,6 +105,9 @@ protected:
 class GridView : public QTableView {
 public:
     explicit GridView(QWidget* parent) : QTableView(parent) {}
+    // Lays out the headings and the cell area again at once.
+    void Relayout() { updateGeometries(); }
+
     // Moves the current cell one row down or up, for Enter and Shift+Enter.
     bool StepVertically(bool up) { return MoveCurrent(up ? MoveUp : MoveDown); }
     PressHook pressHook;
@@ -88,6 +151,19 @@ public:
     }
 
 protected:
+    // Typing replaces the cell's text; F2 and a double-click keep it, with the cursor at
+    // its end.
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override {
+        const bool wasEditing = state() == EditingState;
+        if (!QTableView::edit(index, trigger, event)) return false;
+        auto* delegate = static_cast<GridDelegate*>(itemDelegate());
+        if (!wasEditing && trigger != AnyKeyPressed && delegate->lastEditor) {
+            delegate->lastEditor->deselect();
+            delegate->lastEditor->end(false);
+        }
+        return true;
+    }
+
     void keyPressEvent(QKeyEvent* event) override {
         if (keyHook && keyHook(event)) return;
         QTableView::keyPressEvent(event);
@@ -103,45 +179,6 @@ protected:
     void updateGeometries() override {
         QTableView::updateGeometries();
         if (geometryHook) geometryHook();
-    }
-};
-
-// Edits cells in a plain line editor; the text is handed back through `commit` so that
-// each edit becomes one step of the grid's undo history.
-class GridDelegate : public QStyledItemDelegate {
-public:
-    explicit GridDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
-    std::function<void(const QModelIndex&, const QString&)> commit;
-
-    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
-                          const QModelIndex&) const override {
-        auto* editor = new QLineEdit(parent);
-        editor->setFrame(false);
-        return editor;
-    }
-    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
-        if (auto* line = qobject_cast<QLineEdit*>(editor))
-            line->setText(index.data(Qt::EditRole).toString());
-    }
-    void setModelData(QWidget* editor, QAbstractItemModel*,
-                      const QModelIndex& index) const override {
-        if (auto* line = qobject_cast<QLineEdit*>(editor); line && commit)
-            commit(index, line->text());
-    }
-
-protected:
-    // Enter commits at once (the stock delegate defers it to the event loop).
-    bool eventFilter(QObject* object, QEvent* event) override {
-        if (event->type() == QEvent::KeyPress) {
-            const int key = static_cast<QKeyEvent*>(event)->key();
-            if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-                auto* editor = qobject_cast<QWidget*>(object);
-                emit commitData(editor);
-                emit closeEditor(editor, QAbstractItemDelegate::SubmitModelCache);
-                return true;
-            }
-        }
-        return QStyledItemDelegate::eventFilter(object, event);
     }
 };
 
@@ -263,8 +300,8 @@ void GridWidget::Parts::Commit(const QModelIndex& index, const QString& text) {
 void GridWidget::Parts::ApplyColumnWidth(int col, int width) {
     syncingSizes = true;
     if (col == 0) {
-        rowHeadings->setFixedWidth(width);
-        rowHeadings->setVisible(width > 0);
+        rowHeadings->SetDepth(width);
+        view->Relayout();
     } else if (col - 1 < columnHeadings->count()) {
         if (width > 0) columnHeadings->resizeSection(col - 1, width);
         columnHeadings->setSectionHidden(col - 1, width <= 0);
@@ -275,8 +312,8 @@ void GridWidget::Parts::ApplyColumnWidth(int col, int width) {
 void GridWidget::Parts::ApplyRowHeight(int row, int height) {
     syncingSizes = true;
     if (row == 0) {
-        columnHeadings->setFixedHeight(height);
-        columnHeadings->setVisible(height > 0);
+        columnHeadings->SetDepth(height);
+        view->Relayout();
     } else if (row - 1 < rowHeadings->count()) {
         if (height > 0) rowHeadings->resizeSection(row - 1, height);
         rowHeadings->setSectionHidden(row - 1, height <= 0);
