@@ -15,7 +15,7 @@
 //    fit ends the exact attempt, and the floating-point methods below take over.
 //  - Otherwise every row is first scaled by a power of two so that its largest magnitude
 //    lies in [0.5, 1). The scaling is exact and is undone exactly (det A = det A' / prod
-//    2^e, inv A = inv A' * diag(2^e)); it keeps the elimination clear of overflow and
+//    2^-e, inv A = inv A' * diag(2^-e)); it keeps the elimination clear of overflow and
 //    makes the test for singularity independent of how the rows are scaled.
 //  - Singularity rule: a pivot p of the scaled matrix A' counts as zero when
 //        |p| <= N * 2^-52 * ||A'||_F,
@@ -26,8 +26,9 @@
 //  - Determinant and inverse use Gaussian elimination with partial pivoting, blocked for
 //    the caches and shared between the cores; the determinant is the signed product of
 //    the pivots (with the exponent kept apart, so that only the final value can overflow
-//    or underflow) and is never rounded to zero by the rule above. The rank uses complete
-//    pivoting and counts the pivots above the threshold.
+//    or underflow) and is not rounded to zero by the rule above, except that an integer
+//    matrix whose determinant comes out below 1/2 in magnitude has determinant 0. The rank
+//    uses complete pivoting and counts the pivots above the threshold.
 
 #include <algorithm>
 #include <cmath>
@@ -297,6 +298,9 @@ double MatrixDeterminant(std::int16_t n, const Matrix& A) {
     if (n < 1) return 1.0;  // the empty product
     std::vector<double> a = ReadBlock(n, n, A);
     if (auto exact = ReduceIntegers(n, n, a.data())) return exact->determinant;
+    // The determinant of an integer matrix is an integer: below 1/2 in magnitude it is 0.
+    const bool integers =
+        std::all_of(a.begin(), a.end(), [](double x) { return x == std::trunc(x); });
     const std::vector<int> exponents = ScaleRows(n, n, a.data());
     std::vector<std::ptrdiff_t> pivots;
     bool odd;
@@ -311,11 +315,11 @@ double MatrixDeterminant(std::int16_t n, const Matrix& A) {
         exponent += e;
     }
     for (int e : exponents)
-        exponent -= e;
+        exponent += e;  // det A = det A' * prod 2^e
     exponent = std::clamp(exponent, -100000L, 100000L);
     const double determinant = std::ldexp(mantissa, int(exponent));
     if (!std::isfinite(determinant)) RaiseOverflow();
-    return determinant;
+    return integers && std::fabs(determinant) < 0.5 ? 0.0 : determinant;
 }
 
 bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
