@@ -1,0 +1,827 @@
+// The main window: its controls and menus, start-up, and every handler of the window.
+
+#include "frmMatrix.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMenu>
+#include <QMenuBar>
+#include <QRadioButton>
+#include <QScreen>
+#include <QSignalBlocker>
+#include <QTableView>
+#include <cmath>
+#include <string_view>
+
+#include "About.h"
+#include "AppIcon.h"
+#include "Checked.h"
+#include "GridWidget.h"
+#include "HomePage.h"
+#include "KeyCodes.h"
+#include "MatrixModule.h"
+#include "NumericValue.h"
+
+namespace {
+
+using Checked::Count;
+
+const QString ProgramName = QStringLiteral("Kelvara");
+const QString SquareMessage =
+    QStringLiteral("The numbers of columns and rows of matrix A must be equal.");
+const QString QRMessage =
+    QStringLiteral("The numbers of columns must be >= the number of rows of matrix A.");
+const QString ProductMessage = QStringLiteral(
+    "The number of columns of matrix A must be equal to the number of rows of matrix B.");
+const QString ExportedMessage = QStringLiteral("Export successful\uFF01");
+const QString NoteTitle = QStringLiteral("Note");
+
+// Data columns of the grids are this wide, in the grid's own unit.
+constexpr int DataColumnWidth = 60;
+// Heading cells carry this display code.
+constexpr int HeadingFormat = 10;
+
+// Positions and sizes are laid out in twips (1/1440 inch) and drawn at the screen's
+// logical resolution, so the window keeps its proportions on any screen.
+int Px(int twips) {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const double dpi = screen ? screen->logicalDotsPerInch() : 96.0;
+    return static_cast<int>(std::lround(twips * dpi / 1440.0));
+}
+
+void Place(QWidget* widget, int left, int top, int width, int height) {
+    widget->setGeometry(Px(left), Px(top), Px(width), Px(height));
+}
+
+// The decimal separator of the user's regional settings, when it is one plain character.
+char DecimalSeparator() {
+    const QString point = QLocale::system().decimalPoint();
+    if (point.size() == 1 && point[0].unicode() > 32 && point[0].unicode() < 127)
+        return static_cast<char>(point[0].unicode());
+    return '.';
+}
+
+double ValueOf(const QString& text) {
+    const QByteArray utf8 = text.toUtf8();
+    return NumericValue(std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
+}
+
+std::int16_t DimensionOf(const QLineEdit* box) {
+    const QByteArray utf8 = box->text().toUtf8();
+    return ReadDimension(std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
+}
+
+// The heading cells of a grid's top row and left column carry their numbers.
+void NumberColumnHeading(GridWidget& grid, std::int16_t col) {
+    grid.SetCellFormat(0, col, HeadingFormat);
+    grid.SetCellText(0, col, QString::number(col));
+}
+
+void NumberRowHeadings(GridWidget& grid) {
+    Checked::For(1, Count(grid.Rows() - 1), [&](std::int16_t row) {
+        grid.SetCellFormat(row, 0, HeadingFormat);
+        grid.SetCellText(row, 0, QString::number(row));
+    });
+}
+
+// Every data column gets its width again, and its number in the heading row.
+void SizeAndNumberColumns(GridWidget& grid) {
+    Checked::For(1, Count(grid.Cols() - 1), [&](std::int16_t col) {
+        grid.Column(col).SetWidth(DataColumnWidth);
+        NumberColumnHeading(grid, col);
+    });
+}
+
+// The operand's entries from its grid, row by row; the heading row and column are not read.
+void ReadEntries(const GridWidget& grid, std::int16_t rows, std::int16_t cols, Matrix& m) {
+    const GridModel& model = grid.Model();
+    Checked::For(1, rows, [&](std::int16_t i) {
+        Checked::For(1, cols,
+                     [&](std::int16_t j) { m.At(i, j) = NumericValue(model.CellUtf8(i, j)); });
+    });
+}
+
+// The characters and released keys each kind of box lets through. The key numbers are the
+// character codes on purpose: digits, Backspace (8) and, as keys, Delete (46); the constant
+// also takes "," and "-" as characters, which as keys are Print (44) and Insert (45).
+bool DimensionCharacter(int code) {
+    return (code >= 48 && code <= 57) || code == 46 || code == 8;
+}
+bool ConstantCharacter(int code) {
+    return DimensionCharacter(code) || code == 44 || code == 45;
+}
+bool DimensionKey(int code) {
+    return DimensionCharacter(code);
+}
+bool ConstantKey(int code) {
+    return ConstantCharacter(code);
+}
+
+int ShiftState(Qt::KeyboardModifiers modifiers) {
+    return (modifiers & Qt::ShiftModifier ? 1 : 0) | (modifiers & Qt::ControlModifier ? 2 : 0) |
+           (modifiers & Qt::AltModifier ? 4 : 0);
+}
+
+}  // namespace
+
+frmMatrix::frmMatrix(Platform& platform, QWidget* parent)
+    : QMainWindow(parent), platform_(platform) {
+    setObjectName(QStringLiteral("frmMatrix"));
+    setAccessibleName(ProgramName);
+    setWindowTitle(ProgramName);
+    setWindowIcon(AppIcon());
+    setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                   Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                   Qt::WindowCloseButtonHint);
+    QFont dialogFont = QApplication::font();
+    dialogFont.setPointSizeF(8.25);
+    dialogFont.setWeight(QFont::Normal);
+    setFont(dialogFont);
+
+    CreateControls();
+    CreateMenus();
+    sheet_ = std::make_unique<ResultSheet>(Grid3->Model(), operands_, DecimalSeparator());
+    ConnectHandlers();
+
+    Guarded([this] { Form_Load(); });
+
+    // The client area is 7890 by 7755 twips below the menu bar, centred on the screen.
+    resize(Px(7890), Px(7755) + menuBar()->sizeHint().height());
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - rect().center());
+    Option1->setFocus();
+}
+
+frmMatrix::~frmMatrix() = default;
+
+void frmMatrix::CreateControls() {
+    auto* client = new QWidget(this);
+    client->setObjectName(QStringLiteral("client"));
+    setCentralWidget(client);
+
+    QFont normal = font();
+    QFont bold = normal;
+    bold.setWeight(QFont::Bold);
+
+    auto frame = [&](QGroupBox*& box, const char* name, const QString& caption) {
+        box = new QGroupBox(caption, client);
+        box->setObjectName(QString::fromLatin1(name));
+        box->setAccessibleName(caption);
+        box->setFont(bold);  // only the caption is bold: every control inside sets its own
+    };
+    auto named = [&](QWidget* widget, const char* name, const QString& accessible) {
+        widget->setObjectName(QString::fromLatin1(name));
+        widget->setAccessibleName(accessible);
+        widget->setFont(normal);
+    };
+    auto label = [&](QLabel*& l, const char* name, const QString& caption, QWidget* buddy) {
+        l = new QLabel(caption, Frame2);
+        named(l, name, caption);
+        l->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+        if (buddy) l->setBuddy(buddy);
+    };
+    auto text = [&](QLineEdit*& t, const char* name, const QString& initial,
+                    const QString& accessible) {
+        t = new QLineEdit(initial, Frame2);
+        named(t, name, accessible);
+        t->installEventFilter(this);
+    };
+    auto grid = [&](GridWidget*& g, const char* name, QWidget* container,
+                    const QString& accessible) {
+        g = new GridWidget(container);
+        named(g, name, accessible);
+        g->View().setAccessibleName(accessible);
+    };
+
+    frame(Frame1, "Frame1", QStringLiteral("Operation"));
+    Place(Frame1, 60, 60, 7755, 1035);
+    Option1 = new QRadioButton(QStringLiteral("Computations"), Frame1);
+    named(Option1, "Option1", Option1->text());
+    Option1->setChecked(true);
+    Place(Option1, 240, 300, 1455, 195);
+    Option2 = new QRadioButton(QStringLiteral("Decompositions"), Frame1);
+    named(Option2, "Option2", Option2->text());
+    Place(Option2, 3960, 300, 1995, 195);
+    for (QComboBox** combo : {&Combo1, &Combo2}) {
+        *combo = new QComboBox(Frame1);
+        (*combo)->setEditable(true);
+        (*combo)->setInsertPolicy(QComboBox::NoInsert);  // typed text adds no entry
+        (*combo)->setCompleter(nullptr);                 // nor is it completed
+    }
+    named(Combo1, "Combo1", QStringLiteral("Computation"));
+    Place(Combo1, 480, 540, 2655, 315);
+    named(Combo2, "Combo2", QStringLiteral("Decomposition"));
+    Place(Combo2, 4200, 540, 2655, 315);
+
+    frame(Frame2, "Frame2", QStringLiteral("Matrix"));
+    Place(Frame2, 60, 1140, 7755, 3015);
+    text(Text1, "Text1", QStringLiteral("3"), QStringLiteral("Rows of matrix A"));
+    Place(Text1, 2040, 240, 555, 285);
+    text(Text2, "Text2", QStringLiteral("3"), QStringLiteral("Columns of matrix A"));
+    Place(Text2, 3060, 240, 615, 285);
+    text(Text3, "Text3", QStringLiteral("3"), QStringLiteral("Rows of matrix B"));
+    Place(Text3, 5880, 240, 555, 285);
+    text(Text4, "Text4", QStringLiteral("3"), QStringLiteral("Columns of matrix B"));
+    Place(Text4, 6960, 240, 615, 285);
+    text(Text5, "Text5", QStringLiteral("1"), QStringLiteral("Constant"));
+    Place(Text5, 1080, 2580, 915, 315);
+    label(Label3, "Label3", QStringLiteral("Matrix A"), nullptr);
+    Place(Label3, 240, 300, 1035, 195);
+    label(Label2, "Label2", QStringLiteral("Rows"), Text1);
+    Place(Label2, 1560, 300, 435, 195);
+    label(Label1, "Label1", QStringLiteral("Cols"), Text2);
+    Place(Label1, 2700, 300, 315, 195);
+    label(Label4, "Label4", QStringLiteral("Matrix B"), nullptr);
+    Place(Label4, 4080, 300, 855, 195);
+    label(Label6, "Label6", QStringLiteral("Rows"), Text3);
+    Place(Label6, 5400, 300, 435, 195);
+    label(Label5, "Label5", QStringLiteral("Cols"), Text4);
+    Place(Label5, 6600, 300, 315, 195);
+    label(Label7, "Label7", QStringLiteral("Constant"), Text5);
+    Place(Label7, 240, 2640, 675, 195);
+    grid(Grid1, "Grid1", Frame2, QStringLiteral("Entries of matrix A"));
+    Place(Grid1, 180, 600, 3555, 1875);
+    grid(Grid2, "Grid2", Frame2, QStringLiteral("Entries of matrix B"));
+    Place(Grid2, 4020, 600, 3555, 1935);
+
+    frame(Frame3, "Frame3", QStringLiteral("Result"));
+    Place(Frame3, 60, 4200, 7755, 3495);
+    grid(Grid3, "Grid3", Frame3, QStringLiteral("Result sheet"));
+    Place(Grid3, 180, 300, 7395, 3075);
+
+    // Keyboard order: the operation choice, the input grids, the five boxes, the result.
+    const QList<QWidget*> order = {Option1,        Option2,        Combo1, Combo2,
+                                   &Grid1->View(), &Grid2->View(), Text1,  Text2,
+                                   Text3,          Text4,          Text5,  &Grid3->View()};
+    for (qsizetype i = 0; i + 1 < order.size(); ++i)
+        setTabOrder(order[i], order[i + 1]);
+    for (QWidget* w : {static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2),
+                       static_cast<QWidget*>(Frame3), static_cast<QWidget*>(Label1),
+                       static_cast<QWidget*>(Label2), static_cast<QWidget*>(Label3),
+                       static_cast<QWidget*>(Label4), static_cast<QWidget*>(Label5),
+                       static_cast<QWidget*>(Label6), static_cast<QWidget*>(Label7)})
+        w->setFocusPolicy(Qt::NoFocus);
+}
+
+void frmMatrix::CreateMenus() {
+    auto menu = [&](QMenu* m, const char* name) {
+        m->setObjectName(QString::fromLatin1(name));
+        m->setAccessibleName(m->title());
+        return m;
+    };
+    auto item = [&](QMenu* m, const char* name, const QString& caption) {
+        QAction* a = m->addAction(caption);
+        a->setObjectName(QString::fromLatin1(name));
+        return a;
+    };
+    auto separator = [&](QMenu* m, const char* name) {
+        QAction* a = m->addSeparator();
+        a->setObjectName(QString::fromLatin1(name));
+        return a;
+    };
+
+    mnuFile = menu(menuBar()->addMenu(QStringLiteral("File")), "mnuFile");
+    mnuFileExport = menu(mnuFile->addMenu(QStringLiteral("Export Results")), "mnuFileExport");
+    mnuFileExcel = item(mnuFileExport, "mnuFileExcel", QStringLiteral("Excel WorkBook..."));
+    mnuFileExpHtml = item(mnuFileExport, "mnuFileExpHtml", QStringLiteral("HTML ..."));
+    mnuFileExpPDF = item(mnuFileExport, "mnuFileExpPDF", QStringLiteral("PDF"));
+    mnuFileCSV = item(mnuFileExport, "mnuFileCSV", QStringLiteral("CSV"));
+    mnuFileXML = item(mnuFileExport, "mnuFileXML", QStringLiteral("XML"));
+    mnuFileSep = separator(mnuFile, "mnuFileSep");
+    mnuFileExit = item(mnuFile, "mnuFileExit", QStringLiteral("Exit"));
+
+    // Compute is a command of the menu bar itself, with no submenu.
+    mnuComp = menuBar()->addAction(QStringLiteral("Compute"));
+    mnuComp->setObjectName(QStringLiteral("mnuComp"));
+
+    mnuHelp = menu(menuBar()->addMenu(QStringLiteral("Help")), "mnuHelp");
+    mnuHelpCont = item(mnuHelp, "mnuHelpCont", QStringLiteral("Contents..."));
+    mnuHelpHome = item(mnuHelp, "mnuHelpHome", QStringLiteral("Home Page"));
+    mnuHelpSep = separator(mnuHelp, "mnuHelpSep");
+    mnuHelpAbout = item(mnuHelp, "mnuHelpAbout", QStringLiteral("About"));
+    menuBar()->setObjectName(QStringLiteral("menuBar"));
+    menuBar()->setAccessibleName(QStringLiteral("Menu bar"));
+
+    // The grids' context menus never show in the menu bar.
+    auto editMenu = [&](QMenu*& m, const char* name, const QString& caption, QAction*& cut,
+                        QAction*& copy, QAction*& paste, QAction*& del) {
+        m = menu(new QMenu(caption, this), name);
+        const QString prefix = QString::fromLatin1(name);
+        cut = item(m, "", QStringLiteral("Cut"));
+        copy = item(m, "", QStringLiteral("Copy"));
+        paste = item(m, "", QStringLiteral("Paste"));
+        del = item(m, "", QStringLiteral("Delete"));
+        cut->setObjectName(prefix + QStringLiteral("Cut"));
+        copy->setObjectName(prefix + QStringLiteral("Copy"));
+        paste->setObjectName(prefix + QStringLiteral("Paste"));
+        del->setObjectName(prefix + QStringLiteral("Del"));
+    };
+    editMenu(mnuG1E, "mnuG1E", QStringLiteral("Grid1Edit"), mnuG1ECut, mnuG1ECopy, mnuG1EPaste,
+             mnuG1EDel);
+    editMenu(mnuG2E, "mnuG2E", QStringLiteral("Grid2Edit"), mnuG2ECut, mnuG2ECopy, mnuG2EPaste,
+             mnuG2EDel);
+    editMenu(mnuG3E, "mnuG3E", QStringLiteral("Grid3Edit"), mnuG3ECut, mnuG3ECopy, mnuG3EPaste,
+             mnuG3EDel);
+}
+
+// Every handler of the window is connected here, each through the run-time-error guard.
+void frmMatrix::ConnectHandlers() {
+    auto on = [this](QAction* action, void (frmMatrix::*handler)()) {
+        connect(action, &QAction::triggered, this,
+                [this, handler] { Guarded([this, handler] { (this->*handler)(); }); });
+    };
+    on(mnuFileExcel, &frmMatrix::mnuFileExcel_Click);
+    on(mnuFileExpHtml, &frmMatrix::mnuFileExpHtml_Click);
+    on(mnuFileExpPDF, &frmMatrix::mnuFileExpPDF_Click);
+    on(mnuFileCSV, &frmMatrix::mnuFileCSV_Click);
+    on(mnuFileXML, &frmMatrix::mnuFileXML_Click);
+    on(mnuFileExit, &frmMatrix::mnuFileExit_Click);
+    on(mnuComp, &frmMatrix::mnuComp_Click);
+    on(mnuHelpCont, &frmMatrix::mnuHelpCont_Click);
+    on(mnuHelpHome, &frmMatrix::mnuHelpHome_Click);
+    on(mnuHelpAbout, &frmMatrix::mnuHelpAbout_Click);
+    on(mnuG1ECut, &frmMatrix::mnuG1ECut_Click);
+    on(mnuG1ECopy, &frmMatrix::mnuG1ECopy_Click);
+    on(mnuG1EPaste, &frmMatrix::mnuG1EPaste_Click);
+    on(mnuG1EDel, &frmMatrix::mnuG1EDel_Click);
+    on(mnuG2ECut, &frmMatrix::mnuG2ECut_Click);
+    on(mnuG2ECopy, &frmMatrix::mnuG2ECopy_Click);
+    on(mnuG2EPaste, &frmMatrix::mnuG2EPaste_Click);
+    on(mnuG2EDel, &frmMatrix::mnuG2EDel_Click);
+    on(mnuG3ECut, &frmMatrix::mnuG3ECut_Click);
+    on(mnuG3ECopy, &frmMatrix::mnuG3ECopy_Click);
+    on(mnuG3EPaste, &frmMatrix::mnuG3EPaste_Click);
+    on(mnuG3EDel, &frmMatrix::mnuG3EDel_Click);
+
+    // An option button reacts when it becomes selected, by the user or from code.
+    connect(Option1, &QRadioButton::toggled, this, [this](bool selected) {
+        if (selected) Guarded([this] { Option1_Click(); });
+    });
+    connect(Option2, &QRadioButton::toggled, this, [this](bool selected) {
+        if (selected) Guarded([this] { Option2_Click(); });
+    });
+    // Choosing an entry, also choosing the shown one again, and setting it from code.
+    connect(Combo1, &QComboBox::activated, this, [this] { Guarded([this] { Combo1_Click(); }); });
+    connect(Combo1, &QComboBox::currentIndexChanged, this,
+            [this] { Guarded([this] { Combo1_Click(); }); });
+
+    auto mouse = [this](GridWidget* grid, void (frmMatrix::*handler)(int, int, float, float)) {
+        connect(grid, &GridWidget::MouseDown, this,
+                [this, handler](int button, int shift, float x, float y) {
+                    Guarded([&] { (this->*handler)(button, shift, x, y); });
+                });
+    };
+    mouse(Grid1, &frmMatrix::Grid1_MouseDown);
+    mouse(Grid2, &frmMatrix::Grid2_MouseDown);
+    mouse(Grid3, &frmMatrix::Grid3_MouseDown);
+
+    // The PDF, CSV and XML exports ask for their destination with the desktop's dialog.
+    Grid3->SetDestinationAsker(
+        [this](const QString& filter, const QString& title, const QString& initialName) {
+            return platform_.SaveFileName(filter, title, initialName);
+        });
+}
+
+// The dimension boxes' characters and key releases reach their handlers from here.
+bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
+    using Press = void (frmMatrix::*)(int&);
+    using Release = void (frmMatrix::*)(int&, int);
+    static constexpr Press presses[] = {&frmMatrix::Text1_KeyPress, &frmMatrix::Text2_KeyPress,
+                                        &frmMatrix::Text3_KeyPress, &frmMatrix::Text4_KeyPress,
+                                        &frmMatrix::Text5_KeyPress};
+    static constexpr Release releases[] = {&frmMatrix::Text1_KeyUp, &frmMatrix::Text2_KeyUp,
+                                           &frmMatrix::Text3_KeyUp, &frmMatrix::Text4_KeyUp,
+                                           &frmMatrix::Text5_KeyUp};
+    const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
+    const bool press = event->type() == QEvent::KeyPress;
+    if (!press && event->type() != QEvent::KeyRelease)
+        return QMainWindow::eventFilter(watched, event);
+    int box = 0;
+    while (box < 5 && boxes[box] != watched)
+        ++box;
+    if (box == 5) return QMainWindow::eventFilter(watched, event);
+
+    const auto* key = static_cast<const QKeyEvent*>(event);
+    if (press) {
+        int code = KeyCodes::CharacterCode(*key);
+        if (code == 0) return false;  // a key that types nothing goes to the box as it is
+        Guarded([&] { (this->*presses[box])(code); });
+        return code == 0;  // a discarded character never reaches the box
+    }
+    if (key->isAutoRepeat()) return false;  // a held key is released once, at the end
+    int code = KeyCodes::VirtualKey(*key);
+    const int shift = ShiftState(key->modifiers());
+    Guarded([&] { (this->*releases[box])(code, shift); });
+    return false;
+}
+
+void frmMatrix::End(int number, const QString& description) {
+    ended_ = true;
+    platform_.EndOnRuntimeError(number, description);
+}
+
+// ---- Start-up and exit ----------------------------------------------------------------
+
+void frmMatrix::Form_Load() {
+    for (GridWidget* grid : {Grid1, Grid2}) {
+        grid->SetCols(4);
+        grid->SetRows(4);
+        SizeAndNumberColumns(*grid);
+        NumberRowHeadings(*grid);
+    }
+
+    // The result sheet: no headings, nine data columns of the same width as the inputs'.
+    Grid3->SetSheetFlag(true);
+    Grid3->Column(0).SetWidth(0);
+    Grid3->SetRowHeight(0, 0);
+    Grid3->SetCols(10);
+    Checked::For(1, 9, [&](std::int16_t col) { Grid3->Column(col).SetWidth(DataColumnWidth); });
+
+    {
+        const QSignalBlocker quiet(Combo1);
+        Combo1->addItems({QStringLiteral("A+B"), QStringLiteral("A-B"), QStringLiteral("Const.*A"),
+                          QStringLiteral("A.*B"), QStringLiteral("A'"), QStringLiteral("A*B"),
+                          QStringLiteral("Determinant(A)"), QStringLiteral("Inverse(A)"),
+                          QStringLiteral("Rank(A)")});
+        Combo1->setCurrentIndex(-1);
+    }
+    Combo1->setCurrentIndex(0);  // reacts like the user's choice of "A+B"
+
+    Combo2->addItems(
+        {QStringLiteral("LU Decomposition(A)"), QStringLiteral("QR Decomposition(A)")});
+    Combo2->setCurrentIndex(0);
+    Combo2->setEnabled(false);
+    Text5->setEnabled(false);
+}
+
+void frmMatrix::mnuFileExit_Click() {
+    close();
+}
+
+// ---- Dimension boxes ------------------------------------------------------------------
+
+void frmMatrix::Text1_KeyPress(int& KeyAscii) {
+    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
+}
+void frmMatrix::Text2_KeyPress(int& KeyAscii) {
+    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
+}
+void frmMatrix::Text3_KeyPress(int& KeyAscii) {
+    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
+}
+void frmMatrix::Text4_KeyPress(int& KeyAscii) {
+    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
+}
+void frmMatrix::Text5_KeyPress(int& KeyAscii) {
+    if (!ConstantCharacter(KeyAscii)) KeyAscii = 0;
+}
+
+// Rows of A: the grid follows at once.
+void frmMatrix::Text1_KeyUp(int& KeyCode, int /*Shift*/) {
+    if (!DimensionKey(KeyCode)) {
+        KeyCode = 0;
+        return;
+    }
+    const std::int16_t n = DimensionOf(Text1);
+    Grid1->SetRows(Count(n + 1));
+    NumberRowHeadings(*Grid1);
+}
+
+// Columns of A: refused when the chosen operation needs another shape of A.
+void frmMatrix::Text2_KeyUp(int& KeyCode, int /*Shift*/) {
+    const int old = Grid1->Cols() - 1;
+    if (!DimensionKey(KeyCode)) {
+        KeyCode = 0;
+        return;
+    }
+    const std::int16_t n = DimensionOf(Text2);
+    const double rows = std::floor(ValueOf(Text1->text()));
+    const int computation = ListIndex(*Combo1);
+    const int decomposition = ListIndex(*Combo2);
+    if (Combo1->isEnabled() && (computation == 6 || computation == 7) && rows != n) {
+        DimensionCheck(Text2, old, SquareMessage);
+        return;
+    }
+    if (Combo2->isEnabled() && decomposition == 0 && rows != n) {
+        DimensionCheck(Text2, old, SquareMessage);
+        return;
+    }
+    if (Combo2->isEnabled() && decomposition == 1 && rows < n) {
+        DimensionCheck(Text2, old, QRMessage);
+        return;
+    }
+    Grid1->SetCols(Count(n + 1));
+    SizeAndNumberColumns(*Grid1);
+}
+
+// Rows of B: for a product they must match the columns of A.
+void frmMatrix::Text3_KeyUp(int& KeyCode, int /*Shift*/) {
+    const int old = Grid2->Rows() - 1;
+    if (!DimensionKey(KeyCode)) {
+        KeyCode = 0;
+        return;
+    }
+    const std::int16_t n = DimensionOf(Text3);
+    const double cols = std::floor(ValueOf(Text2->text()));
+    if (Combo1->isEnabled() && ListIndex(*Combo1) == 5 && cols != n) {
+        DimensionCheck(Text3, old, ProductMessage);
+        return;
+    }
+    Grid2->SetRows(Count(n + 1));
+    NumberRowHeadings(*Grid2);
+}
+
+// Columns of B.
+void frmMatrix::Text4_KeyUp(int& KeyCode, int /*Shift*/) {
+    if (!DimensionKey(KeyCode)) {
+        KeyCode = 0;
+        return;
+    }
+    const std::int16_t n = DimensionOf(Text4);
+    Grid2->SetCols(Count(n + 1));
+    SizeAndNumberColumns(*Grid2);
+}
+
+// The constant, kept as typed, without rounding.
+void frmMatrix::Text5_KeyUp(int& KeyCode, int /*Shift*/) {
+    if (!ConstantKey(KeyCode)) {
+        KeyCode = 0;
+        return;
+    }
+    operands_.ConstC = ValueOf(Text5->text());
+}
+
+// A refused count: say why, then put the grid's own count back into the box.
+void frmMatrix::DimensionCheck(QLineEdit* box, int old, const QString& message) {
+    platform_.MessageBox(message, Platform::OkOnly, ProgramName);
+    box->setText(QString::number(old));
+}
+
+// ---- Operation choice and Compute -----------------------------------------------------
+
+int frmMatrix::ListIndex(const QComboBox& combo) {
+    const QString shown = combo.currentText();
+    if (combo.currentIndex() >= 0 && combo.itemText(combo.currentIndex()) == shown)
+        return combo.currentIndex();
+    for (int i = 0; i < combo.count(); ++i)
+        if (combo.itemText(i) == shown) return i;
+    return -1;
+}
+
+// The inputs the chosen computation reads are enabled, the others not.
+void frmMatrix::Combo1_Click() {
+    const int operation = ListIndex(*Combo1);
+    const bool usesB = operation == 0 || operation == 1 || operation == 3 || operation == 5;
+    Text3->setEnabled(usesB);
+    Text4->setEnabled(usesB);
+    Grid2->SetEnabled(usesB);
+    Text5->setEnabled(operation == 2);
+}
+
+void frmMatrix::Option1_Click() {
+    Combo1->setEnabled(true);
+    Combo2->setEnabled(false);
+    Combo1_Click();
+}
+
+// A decomposition reads only A.
+void frmMatrix::Option2_Click() {
+    Combo1->setEnabled(false);
+    Combo2->setEnabled(true);
+    Text3->setEnabled(false);
+    Text4->setEnabled(false);
+    Grid2->SetEnabled(false);
+    Text5->setEnabled(false);
+}
+
+void frmMatrix::mnuComp_Click() {
+    Operands& s = operands_;
+    s.RowsA = DimensionOf(Text1);
+    s.ColsA = DimensionOf(Text2);
+    s.MatA.Resize(s.RowsA, s.ColsA);
+    ReadEntries(*Grid1, s.RowsA, s.ColsA, s.MatA);
+    if (Grid2->Enabled()) {
+        s.RowsB = DimensionOf(Text3);
+        s.ColsB = DimensionOf(Text4);
+        s.MatB.Resize(s.RowsB, s.ColsB);
+        ReadEntries(*Grid2, s.RowsB, s.ColsB, s.MatB);
+    }
+    if (Text5->isEnabled()) s.ConstC = ValueOf(Text5->text());
+
+    ResultSheet& sheet = *sheet_;
+    // The results of this run live until it ends.
+    Matrix C, Inv, L, U, R, Q;
+    if (Option1->isChecked()) {
+        switch (ListIndex(*Combo1)) {
+            case 0:  // "A+B"
+                C.Resize(s.RowsA, s.ColsA);
+                MatrixModule::AddMatrices(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
+                sheet.ShowSumResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
+                break;
+            case 1:  // "A-B" is computed as the sum and shown under its own caption
+                C.Resize(s.RowsA, s.ColsA);
+                MatrixModule::AddMatrices(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
+                sheet.ShowDifferenceResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
+                break;
+            case 2:  // "Const.*A"
+                C.Resize(s.RowsA, s.ColsA);
+                MatrixModule::ScaleMatrix(s.RowsA, s.ColsA, s.ConstC, s.MatA, C);
+                sheet.ShowScalarMultipleResult(s.RowsA, s.ColsA, s.ConstC, s.MatA, C);
+                break;
+            case 3:  // "A.*B"
+                C.Resize(s.RowsA, s.ColsA);
+                MatrixModule::MultiplyElementwise(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
+                sheet.ShowElementwiseProductResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
+                break;
+            case 4:  // "A'": the counts go in as given, so only a square A is transposed
+                C.Resize(s.ColsA, s.RowsA);
+                MatrixModule::TransposeMatrix(s.RowsA, s.ColsA, s.MatA, C);
+                sheet.ShowTransposeResult(s.RowsA, s.ColsA, s.MatA, C);
+                break;
+            case 5:  // "A*B"
+                C.Resize(s.RowsA, s.ColsB);
+                MatrixModule::MultiplyMatrices(s.RowsA, s.ColsA, s.ColsB, s.MatA, s.MatB, C);
+                sheet.ShowProductResult(s.RowsA, s.ColsA, s.ColsB, s.MatA, s.MatB, C);
+                break;
+            case 6: {  // "Determinant(A)"
+                const double det = MatrixModule::MatrixDeterminant(s.RowsA, s.MatA);
+                sheet.ShowDeterminantResult(s.RowsA, s.MatA, det);
+                break;
+            }
+            case 7: {  // "Inverse(A)"
+                Inv.Resize(s.RowsA, s.RowsA);
+                const bool ok = MatrixModule::InvertMatrix(s.RowsA, s.MatA, Inv);
+                sheet.ShowInverseResult(ok, s.RowsA, s.MatA, Inv);
+                break;
+            }
+            case 8: {  // "Rank(A)"
+                const std::int16_t rank = MatrixModule::MatrixRank(s.RowsA, s.ColsA, s.MatA);
+                sheet.ShowRankResult(s.RowsA, s.ColsA, s.MatA, rank);
+                break;
+            }
+            default:  // no entry chosen: the sheet stays as it is
+                break;
+        }
+    }
+    if (Option2->isChecked()) {
+        switch (ListIndex(*Combo2)) {
+            case 0:  // "LU Decomposition(A)", of A taken as RowsA by RowsA
+                L.Resize(s.RowsA, s.RowsA);
+                U.Resize(s.RowsA, s.RowsA);
+                if (MatrixModule::DecomposeLU(s.RowsA, s.MatA, L, U))
+                    sheet.ShowLUResult(s.RowsA, s.MatA, L, U);
+                else
+                    sheet.ShowLUFailure(s.RowsA, s.MatA, L, U);
+                break;
+            case 1:  // "QR Decomposition(A)"
+                R.Resize(s.RowsA, s.ColsA);
+                Q.Resize(s.RowsA, s.RowsA);
+                if (MatrixModule::DecomposeQR(s.RowsA, s.ColsA, s.MatA, R, Q))
+                    sheet.ShowQRResult(s.RowsA, s.ColsA, s.MatA, R, Q);
+                else
+                    sheet.ShowQRFailure(s.RowsA, s.ColsA, s.MatA, R, Q);
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+// ---- Grid context menus ---------------------------------------------------------------
+
+namespace {
+
+// The menu opens for the right button inside the cells, never on a heading or its edge.
+bool OpensMenu(GridWidget& grid, int button, float x, float y) {
+    const double headingWidth = grid.Column(0).Width();
+    const double headingHeight = grid.RowHeight(0);
+    return button == 2 && static_cast<double>(x) > headingWidth &&
+           static_cast<double>(y) > headingHeight;
+}
+
+}  // namespace
+
+void frmMatrix::Grid1_MouseDown(int Button, int /*Shift*/, float x, float y) {
+    if (OpensMenu(*Grid1, Button, x, y)) platform_.PopupMenu(*mnuG1E);
+}
+void frmMatrix::Grid2_MouseDown(int Button, int /*Shift*/, float x, float y) {
+    if (OpensMenu(*Grid2, Button, x, y)) platform_.PopupMenu(*mnuG2E);
+}
+void frmMatrix::Grid3_MouseDown(int Button, int /*Shift*/, float x, float y) {
+    if (OpensMenu(*Grid3, Button, x, y)) platform_.PopupMenu(*mnuG3E);
+}
+
+void frmMatrix::mnuG1ECut_Click() {
+    Grid1->Selection().Cut();
+}
+void frmMatrix::mnuG1ECopy_Click() {
+    Grid1->Selection().Copy();
+}
+void frmMatrix::mnuG1EPaste_Click() {
+    Grid1->Selection().Paste();
+}
+void frmMatrix::mnuG1EDel_Click() {
+    Grid1->Selection().ClearContents();
+}
+void frmMatrix::mnuG2ECut_Click() {
+    Grid2->Selection().Cut();
+}
+void frmMatrix::mnuG2ECopy_Click() {
+    Grid2->Selection().Copy();
+}
+void frmMatrix::mnuG2EPaste_Click() {
+    Grid2->Selection().Paste();
+}
+void frmMatrix::mnuG2EDel_Click() {
+    Grid2->Selection().ClearContents();
+}
+void frmMatrix::mnuG3ECut_Click() {
+    Grid3->Selection().Cut();
+}
+void frmMatrix::mnuG3ECopy_Click() {
+    Grid3->Selection().Copy();
+}
+void frmMatrix::mnuG3EPaste_Click() {
+    Grid3->Selection().Paste();
+}
+void frmMatrix::mnuG3EDel_Click() {
+    Grid3->Selection().ClearContents();
+}
+
+// ---- Exports --------------------------------------------------------------------------
+
+void frmMatrix::ShowSaveDialog() {
+    CommonDialog1.FileName = platform_.SaveFileName(CommonDialog1.Filter, CommonDialog1.DialogTitle,
+                                                    CommonDialog1.FileName);
+}
+
+// The workbook and the web page ask for a file name first, and before replacing a file.
+void frmMatrix::ExportWithDialog(const QString& filter, const QString& title,
+                                 const std::function<bool(const QString&)>& exporter) {
+    CommonDialog1.Filter = filter;
+    CommonDialog1.FileName = QString();
+    CommonDialog1.DialogTitle = title;
+    ShowSaveDialog();
+    const QString path = CommonDialog1.FileName;
+    if (path.isEmpty()) return;
+    if (platform_.FileExists(path) &&
+        platform_.MessageBox(QStringLiteral("File ") + path +
+                                 QStringLiteral(" exists already, would you like to override it?"),
+                             Platform::YesNo + Platform::Question, NoteTitle) == Platform::AnswerNo)
+        return;
+    ReportExport(exporter(path));
+}
+
+// Only success is reported; a failed export ends silently.
+void frmMatrix::ReportExport(bool written) {
+    if (written) platform_.MessageBox(ExportedMessage, Platform::Exclamation, NoteTitle);
+}
+
+void frmMatrix::mnuFileExcel_Click() {
+    ExportWithDialog(
+        QStringLiteral("Excel WorkBook (*.xls)|*.xls"), QStringLiteral("Export Excel file"),
+        [this](const QString& path) { return Grid3->ExportExcel(path, false, false); });
+}
+
+void frmMatrix::mnuFileExpHtml_Click() {
+    ExportWithDialog(QStringLiteral("Hypertext file(*.htm)|*.htm"),
+                     QStringLiteral("Export html file"),
+                     [this](const QString& path) { return Grid3->ExportHtml(path); });
+}
+
+// These three find their destination themselves.
+void frmMatrix::mnuFileExpPDF_Click() {
+    ReportExport(Grid3->ExportPdf(QString()));
+}
+void frmMatrix::mnuFileCSV_Click() {
+    ReportExport(Grid3->ExportCsv(QString()));
+}
+void frmMatrix::mnuFileXML_Click() {
+    ReportExport(Grid3->ExportXml(QString()));
+}
+
+// ---- Help -----------------------------------------------------------------------------
+
+// The help file beside the program; a program in the root folder gives a doubled
+// separator, which the shell copes with.
+void frmMatrix::mnuHelpCont_Click() {
+    platform_.ShellOpen(this,
+                        platform_.ProgramFolder() + QDir::separator() + QStringLiteral("help.chm"));
+}
+
+void frmMatrix::mnuHelpHome_Click() {
+    platform_.ShellOpen(this, QString::fromUtf8(HomePageAddress));
+}
+
+// The About box is built afresh for every showing.
+void frmMatrix::mnuHelpAbout_Click() {
+    About box(platform_, this);
+    platform_.ShowModal(box);
+}
