@@ -41,8 +41,10 @@ bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
     }
     // Appending never moves existing bytes, so a text read from this store stays valid.
     cells[c] = text.empty() ? 0 : Append(text);
-    Forget(old);
-    CompactIfWasteful();
+    if (old != 0) {
+        Forget(old);
+        CompactIfWasteful();
+    }
     return true;
 }
 
