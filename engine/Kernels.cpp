@@ -184,16 +184,20 @@ void MultiplyInto(Update update, std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdif
 void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
                       std::ptrdiff_t kEnd, std::ptrdiff_t c0) {
     if (kEnd <= k0 || c0 >= n) return;
-    // Rows inside the block of steps depend on the rows above them: one after another.
-    for (std::ptrdiff_t i = k0 + 1; i < kEnd; ++i) {
-        double* row = a + i * lda;
-        for (std::ptrdiff_t k = k0; k < i; ++k) {
-            const double l = row[k];
-            const double* pivotRow = a + k * lda;
-            for (std::ptrdiff_t j = c0; j < n; ++j)
-                row[j] = row[j] - l * pivotRow[j];
+    // Rows inside the block of steps depend on the rows above them: one after another,
+    // but the columns are independent, so the workers share those out.
+    const double work = double(kEnd - k0) * double(kEnd - k0) * double(n - c0);
+    Parallel::ForRange(c0, n, 64, work, [&](std::ptrdiff_t j0, std::ptrdiff_t j1) {
+        for (std::ptrdiff_t i = k0 + 1; i < kEnd; ++i) {
+            double* row = a + i * lda;
+            for (std::ptrdiff_t k = k0; k < i; ++k) {
+                const double l = row[k];
+                const double* pivotRow = a + k * lda;
+                for (std::ptrdiff_t j = j0; j < j1; ++j)
+                    row[j] = row[j] - l * pivotRow[j];
+            }
         }
-    }
+    });
     // The rows below take every step of the block: a product of the multipliers and the
     // finished pivot rows, subtracted element by element in the order of the steps.
     MultiplyInto(Update::Subtract, n - kEnd, n - c0, kEnd - k0, a + kEnd * lda + k0, lda,

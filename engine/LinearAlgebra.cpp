@@ -139,8 +139,15 @@ std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a) 
         if (largest == 0.0) continue;
         const int e = std::ilogb(largest) + 1;
         exponents[std::size_t(i)] = e;
-        for (std::ptrdiff_t j = 0; j < cols; ++j)
-            row[j] = std::ldexp(row[j], -e);
+        // A power of two scales exactly; one multiplier per row where it is representable.
+        if (e > -1000 && e < 1000) {
+            const double factor = std::ldexp(1.0, -e);
+            for (std::ptrdiff_t j = 0; j < cols; ++j)
+                row[j] = row[j] * factor;
+        } else {
+            for (std::ptrdiff_t j = 0; j < cols; ++j)
+                row[j] = std::ldexp(row[j], -e);
+        }
     }
     return exponents;
 }
