@@ -345,8 +345,11 @@ void GridWidget::Parts::ApplyTopRow() {
     followingScroll = true;
     view->scrollTo(index, QAbstractItemView::PositionAtTop);
     followingScroll = false;
-    // A view that has not been laid out yet scrolls again once it has its size.
-    if (view->isVisible() && view->rowAt(0) == row - 1) topRowPending = false;
+    // A view that has not been laid out yet scrolls again once it has its size; near the
+    // end of the grid the view stops at its last page.
+    const QScrollBar* bar = view->verticalScrollBar();
+    if (view->isVisible() && (view->rowAt(0) == row - 1 || bar->value() == bar->maximum()))
+        topRowPending = false;
 }
 
 void GridWidget::Parts::FollowScroll() {

@@ -124,6 +124,10 @@ TEST_F(GridWidgetTest, CutClearAndPasteUndoOneStepEach) {
     EXPECT_EQ(Texts(1, 1, 3, 3), before);
     grid.UndoStack().redo();
     EXPECT_EQ(grid.CellText(1, 2), "");
+
+    // Shrinking the grid drops cells the history refers to: the history starts afresh.
+    grid.SetRows(3);
+    EXPECT_EQ(grid.UndoStack().count(), 0);
 }
 
 TEST_F(GridWidgetTest, TypingReplacesTheCellAndEnterMovesDown) {
@@ -224,6 +228,7 @@ TEST_F(GridWidgetTest, ViewFollowsSizesAndTopRow) {
 }
 
 struct ExportCase {
+    const char* name;
     bool (GridWidget::*run)(const QString&);
     const char* filter;
     const char* title;
@@ -247,11 +252,13 @@ TEST_P(GridExportAsk, EmptyPathAsksAndCancelAnswersFalse) {
     EXPECT_TRUE(asked.isEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Formats, GridExportAsk,
-    ::testing::Values(
-        ExportCase{&GridWidget::ExportPdf, "PDF file (*.pdf)|*.pdf", "Export PDF file"},
-        ExportCase{&GridWidget::ExportCsv, "CSV file (*.csv)|*.csv", "Export CSV file"},
-        ExportCase{&GridWidget::ExportXml, "XML file (*.xml)|*.xml", "Export XML file"}));
+INSTANTIATE_TEST_SUITE_P(Formats, GridExportAsk,
+                         ::testing::Values(ExportCase{"Pdf", &GridWidget::ExportPdf,
+                                                      "PDF file (*.pdf)|*.pdf", "Export PDF file"},
+                                           ExportCase{"Csv", &GridWidget::ExportCsv,
+                                                      "CSV file (*.csv)|*.csv", "Export CSV file"},
+                                           ExportCase{"Xml", &GridWidget::ExportXml,
+                                                      "XML file (*.xml)|*.xml", "Export XML file"}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -1,0 +1,106 @@
+// Copy and paste of a 1000 x 1000 block of number texts through the system clipboard
+// (offscreen platform), with the grid's undo history recording the paste as the user's
+// edits do. The goal for pasting is well under a second.
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMimeData>
+#include <QUndoStack>
+#include <memory>
+#include <string>
+
+#include "ClipboardFormats.h"
+#include "GridModel.h"
+#include "GridSelection.h"
+#include "GridWidget.h"
+
+namespace {
+
+constexpr int kSide = 1000;
+const QRect kBlock(1, 1, kSide, kSide);
+
+void FillNumbers(GridModel& model) {
+    model.SetRows(kSide + 1);
+    model.SetCols(kSide + 1);
+    for (int row = 1; row <= kSide; ++row)
+        for (int col = 1; col <= kSide; ++col)
+            model.SetCellText(row, col, std::to_string(row * 1.25 - col / 3.0));
+    model.FlushNotifications();
+}
+
+void PutBlockOnClipboard() {
+    GridModel source;
+    FillNumbers(source);
+    GridSelection(source, kBlock, nullptr).Copy();
+}
+
+void BM_Copy(benchmark::State& state) {
+    GridModel model;
+    FillNumbers(model);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(GridSelection(model, kBlock, nullptr).Copy());
+    state.SetItemsProcessed(state.iterations() * kSide * kSide);
+}
+
+// Pasting into a shown grid: reading the clipboard, parsing, the undo step and the view's
+// update are all counted.
+void BM_PasteIntoGrid(benchmark::State& state) {
+    PutBlockOnClipboard();
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto grid = std::make_unique<GridWidget>();
+        grid->SetRows(kSide + 1);
+        grid->SetCols(kSide + 1);
+        grid->show();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(GridSelection(grid->Model(), kBlock, &grid->UndoStack()).Paste());
+        QCoreApplication::processEvents();
+        state.PauseTiming();
+        grid.reset();
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * kSide * kSide);
+}
+
+// Undoing the paste writes the million old texts back.
+void BM_UndoPaste(benchmark::State& state) {
+    PutBlockOnClipboard();
+    GridModel model;
+    model.SetRows(kSide + 1);
+    model.SetCols(kSide + 1);
+    QUndoStack undo;
+    GridSelection(model, kBlock, &undo).Paste();
+    for (auto _ : state) {
+        undo.undo();
+        model.FlushNotifications();
+        state.PauseTiming();
+        undo.redo();
+        state.ResumeTiming();
+    }
+}
+
+void BM_ParseTsv(benchmark::State& state) {
+    PutBlockOnClipboard();
+    const std::string text = QGuiApplication::clipboard()->text().toStdString();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ClipboardFormats::ParseTsv(text));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+
+BENCHMARK(BM_Copy)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_PasteIntoGrid)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_UndoPaste)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_ParseTsv)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
