@@ -14,46 +14,35 @@ struct XlsCell {
 };
 
 struct XlsSheet {
-    bool opened = false;  // freexl opened the file and selected the sheet
+    bool opened = false;  // freexl opened the file (handle included) and read every cell
     unsigned int rows = 0;
     unsigned short cols = 0;
-    unsigned int sheetCount = 0;
-    unsigned int fatSectors = 0;
-    std::vector<std::vector<XlsCell>> cells;
-
+    std::vector<std::vector<XlsCell>> cells;  // rows above the first row read stay empty
     const XlsCell& At(unsigned int row, unsigned short col) const { return cells[row][col]; }
 };
 
-// Reads the cells of rows firstRow and below (rows above stay empty vectors).
 inline XlsSheet ReadXls(const std::string& path, unsigned int firstRow = 0) {
     XlsSheet sheet;
     const void* handle = nullptr;
-    const int opened = freexl_open(path.c_str(), &handle);
-    if (opened == FREEXL_OK && handle != nullptr &&
-        freexl_get_info(handle, FREEXL_BIFF_SHEET_COUNT, &sheet.sheetCount) == FREEXL_OK &&
-        freexl_get_info(handle, FREEXL_CFBF_FAT_COUNT, &sheet.fatSectors) == FREEXL_OK &&
-        freexl_select_active_worksheet(handle, 0) == FREEXL_OK &&
-        freexl_worksheet_dimensions(handle, &sheet.rows, &sheet.cols) == FREEXL_OK) {
-        sheet.opened = true;
-        sheet.cells.resize(sheet.rows);
-        for (unsigned int r = firstRow; r < sheet.rows && sheet.opened; ++r) {
-            sheet.cells[r].resize(sheet.cols);
-            for (unsigned short c = 0; c < sheet.cols; ++c) {
-                FreeXL_CellValue value{};
-                if (freexl_get_cell_value(handle, r, c, &value) != FREEXL_OK) {
-                    sheet.opened = false;
-                    break;
-                }
-                XlsCell& cell = sheet.cells[r][c];
-                cell.type = value.type;
-                if (value.type == FREEXL_CELL_INT) cell.number = value.value.int_value;
-                if (value.type == FREEXL_CELL_DOUBLE) cell.number = value.value.double_value;
-                if (value.type == FREEXL_CELL_TEXT || value.type == FREEXL_CELL_SST_TEXT) {
-                    cell.text = value.value.text_value;
-                }
+    bool ok = freexl_open(path.c_str(), &handle) == FREEXL_OK && handle != nullptr &&
+              freexl_select_active_worksheet(handle, 0) == FREEXL_OK &&
+              freexl_worksheet_dimensions(handle, &sheet.rows, &sheet.cols) == FREEXL_OK;
+    sheet.cells.resize(ok ? sheet.rows : 0);
+    for (unsigned int r = firstRow; ok && r < sheet.rows; ++r) {
+        sheet.cells[r].resize(sheet.cols);
+        for (unsigned short c = 0; ok && c < sheet.cols; ++c) {
+            FreeXL_CellValue value{};
+            ok = freexl_get_cell_value(handle, r, c, &value) == FREEXL_OK;
+            XlsCell& cell = sheet.cells[r][c];
+            cell.type = value.type;
+            if (value.type == FREEXL_CELL_INT) cell.number = value.value.int_value;
+            if (value.type == FREEXL_CELL_DOUBLE) cell.number = value.value.double_value;
+            if (value.type == FREEXL_CELL_TEXT || value.type == FREEXL_CELL_SST_TEXT) {
+                cell.text = value.value.text_value;
             }
         }
     }
     if (handle != nullptr) freexl_close(handle);
+    sheet.opened = ok;
     return sheet;
 }
