@@ -143,6 +143,7 @@ frmMatrix::frmMatrix(Platform& platform, QWidget* parent)
     QFont dialogFont = QApplication::font();
     dialogFont.setPointSizeF(8.25);
     dialogFont.setWeight(QFont::Normal);
+    dialogFont.setStretch(QFont::SemiCondensed);
     setFont(dialogFont);
 
     CreateControls();

@@ -6,10 +6,9 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QStringList>
 #include <QTest>
-#include <initializer_list>
 #include <memory>
-#include <vector>
 
 #include "GridWidget.h"
 #include "RecordingPlatform.h"
@@ -25,33 +24,24 @@ protected:
         QTest::keyClicks(box, text);
     }
 
-    // Sets an operand's size through its boxes and writes its entries into its grid.
-    void Fill(QLineEdit* rows, QLineEdit* cols, GridWidget* grid, int r,
-              std::initializer_list<const char*> entries) {
-        const int c = static_cast<int>(entries.size()) / r;
-        Type(rows, QString::number(r));
-        Type(cols, QString::number(c));
-        int k = 0;
-        for (const char* e : entries) {
-            grid->SetCellText(1 + k / c, 1 + k % c, QString::fromUtf8(e));
-            ++k;
-        }
-    }
-    void FillA(int r, std::initializer_list<const char*> entries) {
-        Fill(window->Text1, window->Text2, window->Grid1, r, entries);
-    }
-    void FillB(int r, std::initializer_list<const char*> entries) {
-        Fill(window->Text3, window->Text4, window->Grid2, r, entries);
+    // Types an operand's size into its boxes and its entries ("1 2;3 4") into its grid.
+    static void Fill(QLineEdit* rows, QLineEdit* cols, GridWidget* grid, const QString& m) {
+        const QStringList lines = m.split(';');
+        Type(rows, QString::number(lines.size()));
+        Type(cols, QString::number(lines[0].split(' ').size()));
+        for (int i = 0; i < lines.size(); ++i)
+            for (int j = 0; j < lines[i].split(' ').size(); ++j)
+                grid->SetCellText(i + 1, j + 1, lines[i].split(' ')[j]);
     }
 
-    // The texts of one row of the result sheet, columns 1 to its last non-empty cell.
-    std::vector<QString> SheetRow(int row) const {
-        std::vector<QString> texts;
+    // One row of the result sheet as its cells joined by "|", up to the last non-empty one.
+    QString SheetRow(int row) const {
+        QStringList cells;
         for (int col = 1; col < window->Grid3->Cols(); ++col)
-            texts.push_back(window->Grid3->CellText(row, col));
-        while (!texts.empty() && texts.back().isEmpty())
-            texts.pop_back();
-        return texts;
+            cells << window->Grid3->CellText(row, col);
+        while (!cells.isEmpty() && cells.back().isEmpty())
+            cells.removeLast();
+        return cells.join('|');
     }
 
     RecordingPlatform platform;
