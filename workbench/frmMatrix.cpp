@@ -392,18 +392,10 @@ void frmMatrix::ConnectHandlers() {
 
 // The dimension boxes' characters and key releases reach their handlers from here.
 bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
-    using Press = void (frmMatrix::*)(int&);
-    using Release = void (frmMatrix::*)(int&, int);
-    static constexpr Press presses[] = {&frmMatrix::Text1_KeyPress, &frmMatrix::Text2_KeyPress,
-                                        &frmMatrix::Text3_KeyPress, &frmMatrix::Text4_KeyPress,
-                                        &frmMatrix::Text5_KeyPress};
-    static constexpr Release releases[] = {&frmMatrix::Text1_KeyUp, &frmMatrix::Text2_KeyUp,
-                                           &frmMatrix::Text3_KeyUp, &frmMatrix::Text4_KeyUp,
-                                           &frmMatrix::Text5_KeyUp};
-    const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
     const bool press = event->type() == QEvent::KeyPress;
     if (!press && event->type() != QEvent::KeyRelease)
         return QMainWindow::eventFilter(watched, event);
+    const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
     int box = 0;
     while (box < 5 && boxes[box] != watched)
         ++box;
@@ -413,13 +405,49 @@ bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
     if (press) {
         int code = KeyCodes::CharacterCode(*key);
         if (code == 0) return false;  // a key that types nothing goes to the box as it is
-        Guarded([&] { (this->*presses[box])(code); });
+        Guarded([&] {
+            switch (box) {
+                case 0:
+                    Text1_KeyPress(code);
+                    break;
+                case 1:
+                    Text2_KeyPress(code);
+                    break;
+                case 2:
+                    Text3_KeyPress(code);
+                    break;
+                case 3:
+                    Text4_KeyPress(code);
+                    break;
+                default:
+                    Text5_KeyPress(code);
+                    break;
+            }
+        });
         return code == 0;  // a discarded character never reaches the box
     }
     if (key->isAutoRepeat()) return false;  // a held key is released once, at the end
     int code = KeyCodes::VirtualKey(*key);
     const int shift = ShiftState(key->modifiers());
-    Guarded([&] { (this->*releases[box])(code, shift); });
+    Guarded([&] {
+        switch (box) {
+            case 0:
+                Text1_KeyUp(code, shift);
+                break;
+            case 1:
+                Text2_KeyUp(code, shift);
+                break;
+            case 2:
+                Text3_KeyUp(code, shift);
+                break;
+            case 3:
+                Text4_KeyUp(code, shift);
+                break;
+            default:
+                Text5_KeyUp(code, shift);
+                break;
+        }
+    });
     return false;
 }
 

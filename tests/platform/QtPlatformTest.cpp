@@ -63,6 +63,9 @@ struct BoxCase {
     QMessageBox::Icon icon;
     const char* shownTitle;
 };
+void PrintTo(const BoxCase& c, std::ostream* os) {
+    *os << "style " << c.style << " " << c.press;
+}
 class MessageBoxTest : public ::testing::TestWithParam<BoxCase> {};
 
 TEST_P(MessageBoxTest, AnswersWithTheButtonsNumber) {

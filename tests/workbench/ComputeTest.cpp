@@ -55,6 +55,9 @@ struct ComputeCase {
     int captionRow;
     const char* shown;
 };
+void PrintTo(const ComputeCase& c, std::ostream* os) {
+    *os << c.name;
+}
 class ComputeTest : public WindowTest, public ::testing::WithParamInterface<ComputeCase> {};
 
 TEST_P(ComputeTest, ShowsTheWorkedExample) {
@@ -112,6 +115,9 @@ struct ErrorCase {
     int number;
     const char* description;
 };
+void PrintTo(const ErrorCase& c, std::ostream* os) {
+    *os << "Combo1=" << c.operation << " A=" << c.rows << "x" << c.cols;
+}
 class RuntimeErrorTest : public WindowTest, public ::testing::WithParamInterface<ErrorCase> {};
 
 TEST_P(RuntimeErrorTest, EndsTheProgramWithTheErrorsNumber) {

@@ -65,6 +65,10 @@ struct RefusalCase {
     const char* typed;
     const char* message;  // nullptr: accepted
 };
+void PrintTo(const RefusalCase& c, std::ostream* os) {
+    *os << (c.decomposition ? "Combo2=" : "Combo1=") << c.operation << " Text" << c.box << "="
+        << c.typed;
+}
 class RefusalTest : public WindowTest, public ::testing::WithParamInterface<RefusalCase> {};
 
 TEST_P(RefusalTest, RefusesOnlyWhatTheOperationCannotUse) {
