@@ -1,5 +1,5 @@
-// The element-wise routines of Part 1.1: AddMatrices, MultiplyElementwise, ScaleMatrix and
-// TransposeMatrix.
+// The element-wise routines behind "A+B", "A-B", "Const.*A", "A.*B" and "A'":
+// AddMatrices, MultiplyElementwise, ScaleMatrix and TransposeMatrix.
 //
 // Every routine walks i = 1..rows, re-reads cols at the start of each row, and walks
 // j = 1..cols with 16-bit checked counters. A row whose every access lies within the
@@ -89,7 +89,7 @@ void ScaleMatrix(std::int16_t rows, std::int16_t cols, double c, const Matrix& A
 }
 
 // T(i, j) = A(j, i): i runs over T's rows and A's columns, j over T's columns and A's rows,
-// with rows and cols paired with them exactly so (Part 1.1): a non-square count pair
+// with rows and cols paired with them exactly so on purpose: a non-square count pair
 // stops with error 9 where A or T runs out. A plain copy, so no inspection.
 void TransposeMatrix(std::int16_t rows, std::int16_t cols, const Matrix& A, Matrix& T) {
     if (rows < 1) return;

@@ -10,8 +10,7 @@
 namespace MatrixModule {
 
 // Element-wise routines: element (i, j) for i = 1..rows, j = 1..cols, row by row.
-void AddMatrices(std::int16_t rows, std::int16_t cols, const Matrix& A, const Matrix& B,
-                 Matrix& C);
+void AddMatrices(std::int16_t rows, std::int16_t cols, const Matrix& A, const Matrix& B, Matrix& C);
 void MultiplyElementwise(std::int16_t rows, std::int16_t cols, const Matrix& A, const Matrix& B,
                          Matrix& C);
 void ScaleMatrix(std::int16_t rows, std::int16_t cols, double c, const Matrix& A, Matrix& C);
@@ -24,8 +23,8 @@ bool DecomposeLU(std::int16_t n, Matrix& A, Matrix& L, Matrix& U);
 bool DecomposeQR(std::int16_t m, std::int16_t n, Matrix& A, Matrix& R, Matrix& Q);
 
 // C = A * B, C sized rowsA by colsB by the caller.
-void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB,
-                      const Matrix& A, const Matrix& B, Matrix& C);
+void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB, const Matrix& A,
+                      const Matrix& B, Matrix& C);
 // Determinant, inverse and rank work on private copies: A is never changed.
 double MatrixDeterminant(std::int16_t n, const Matrix& A);
 bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv);

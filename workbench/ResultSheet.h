@@ -24,8 +24,8 @@ public:
                        const Matrix& C);
     void ShowDifferenceResult(std::int16_t rows, std::int16_t cols, const Matrix& A,
                               const Matrix& B, const Matrix& C);
-    void ShowScalarMultipleResult(std::int16_t rows, std::int16_t cols, double c,
-                                  const Matrix& A, const Matrix& C);
+    void ShowScalarMultipleResult(std::int16_t rows, std::int16_t cols, double c, const Matrix& A,
+                                  const Matrix& C);
     void ShowElementwiseProductResult(std::int16_t rows, std::int16_t cols, const Matrix& A,
                                       const Matrix& B, const Matrix& C);
     void ShowTransposeResult(std::int16_t rows, std::int16_t cols, const Matrix& A,
