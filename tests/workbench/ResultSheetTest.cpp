@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <ostream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -74,6 +75,10 @@ struct Report {
     Write write;
     const char* picture;
 };
+// Test listings name a report by its name rather than by its bytes.
+void PrintTo(const Report& report, std::ostream* out) {
+    *out << report.name;
+}
 class ResultSheetReportTest : public ::testing::TestWithParam<Report> {};
 
 // Each report runs on a sheet that an earlier report has grown and filled. A run-time error
