@@ -50,7 +50,7 @@ public:
     void SetColumnWidth(int col, int width);
     int RowHeight(int row) const;
     void SetRowHeight(int row, int height);
-    static constexpr int DefaultColumnWidth = 64;
+    static constexpr int DefaultColumnWidth = 48;
     static constexpr int DefaultRowHeight = 20;
 
     // Column(i).Width, as the window's code reads it.
