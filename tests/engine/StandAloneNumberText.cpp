@@ -1,3 +1,2 @@
-// NumberText.h stands alone: it is the first and only include of this translation unit, so the
-// test program builds only if the header includes everything it uses.
+// Builds only if NumberText.h, included first and alone, includes everything it uses.
 #include "NumberText.h"
