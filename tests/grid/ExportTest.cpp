@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <csignal>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <sstream>
@@ -26,12 +27,13 @@ namespace {
 using Table = std::vector<std::vector<std::string>>;
 using Exporter = bool (*)(const GridModel&, const QString&);
 
-// Numbers, empty cells, separators, quotes, line breaks, markup and non-ASCII text.
+// Numbers, empty cells, commas, quotes, line breaks, markup, non-ASCII text, and a
+// character XML cannot hold.
 const Table Sample = {
     {"A + B =", "", ""},
     {"1", "-2.5", "0.333333333333333"},
     {"1E-05", "say \"hi\", ok", "line1\r\nline2"},
-    {"<b>&amp;</b>", "Ünïcödé €", "x"},
+    {"<b>&amp;</b>, 1,5", "Ünïcödé €", "bell\x07"},
 };
 
 // The table in the data cells, with headings and spare empty rows and columns around it
@@ -42,12 +44,10 @@ void Fill(GridModel& grid, const Table& table) {
     for (int c = 0; c < grid.Cols(); ++c)
         grid.SetCellText(0, c, QStringLiteral("Head"));
     for (int r = 0; r < grid.Rows(); ++r)
-        grid.SetCellText(r, 0, QString::number(r));
-    for (std::size_t r = 0; r < table.size(); ++r) {
-        for (std::size_t c = 0; c < table[r].size(); ++c) {
+        grid.SetCellText(r, 0, QStringLiteral("Head"));
+    for (std::size_t r = 0; r < table.size(); ++r)
+        for (std::size_t c = 0; c < table[r].size(); ++c)
             grid.SetCellText(int(r) + 1, int(c) + 1, QString::fromStdString(table[r][c]));
-        }
-    }
 }
 
 std::string ReadAll(const QString& path) {
@@ -89,21 +89,17 @@ std::optional<Table> ParseCsv(const std::string& text) {
 }
 
 // The texts of the cell elements of an XML or XHTML document, grouped by row element, each
-// with the value of one attribute; empty when the document is not well-formed.
-struct MarkupCell {
-    std::string attribute;
-    std::string text;
-    bool operator==(const MarkupCell&) const = default;
-};
-std::vector<std::vector<MarkupCell>> ParseMarkup(const std::string& text, const char* row,
-                                                 const char* cell, const char* attribute) {
-    std::vector<std::vector<MarkupCell>> rows;
+// with the value of one attribute; one "malformed" cell when the document is not well-formed.
+using Markup = std::vector<std::vector<std::pair<std::string, std::string>>>;
+Markup ParseMarkup(const std::string& text, const char* row, const char* cell,
+                   const char* attribute) {
+    Markup rows;
     QXmlStreamReader xml(QByteArray::fromStdString(text));
     while (xml.readNext() != QXmlStreamReader::Invalid && !xml.atEnd()) {
         if (xml.isStartElement() && xml.name() == QLatin1String(row)) rows.emplace_back();
         if (xml.isStartElement() && xml.name() == QLatin1String(cell)) {
             const QString value = xml.attributes().value(QLatin1String(attribute)).toString();
-            rows.back().push_back({value.toStdString(), xml.readElementText().toStdString()});
+            rows.back().emplace_back(value.toStdString(), xml.readElementText().toStdString());
         }
     }
     if (xml.hasError()) rows.assign(1, {{"malformed", xml.errorString().toStdString()}});
@@ -121,44 +117,46 @@ std::optional<std::pair<std::string, int>> PdfText(const QString& path) {
     return std::pair{text, static_cast<int>(std::count(text.begin(), text.end(), '\f'))};
 }
 
+// A grid holding the sample, and a fresh folder for the files.
 class Export : public ::testing::Test {
 protected:
+    void SetUp() override { Fill(grid_, Sample); }
     QString Path(const char* name) const { return dir_.filePath(QString::fromLatin1(name)); }
+    // Writes the grid with the exporter and answers the file's path.
+    QString Exported(Exporter exporter, const char* name) {
+        EXPECT_TRUE(exporter(grid_, Path(name))) << name;
+        return Path(name);
+    }
     QTemporaryDir dir_;
     GridModel grid_;
 };
 
-}  // namespace
-
-struct NumberCase {
+struct Num {
     const char* text;
     char separator;
     std::optional<double> value;
 };
 
-class CellNumberTest : public ::testing::TestWithParam<NumberCase> {};
+class CellNumberTest : public ::testing::TestWithParam<Num> {};
 
 TEST_P(CellNumberTest, WholeTextMustReadAsAFiniteNumber) {
-    const NumberCase p = GetParam();
-    EXPECT_EQ(CellNumber(p.text, p.separator), p.value) << '"' << p.text << '"';
+    EXPECT_EQ(CellNumber(GetParam().text, GetParam().separator), GetParam().value)
+        << '"' << GetParam().text << '"';
 }
 
 constexpr std::nullopt_t No = std::nullopt;
 INSTANTIATE_TEST_SUITE_P(
     Texts, CellNumberTest,
-    ::testing::Values(
-        NumberCase{"1E-05", '.', 1e-5}, NumberCase{"-2.5", '.', -2.5},
-        NumberCase{"0.333333333333333", '.', 0.333333333333333}, NumberCase{" \t42 ", '.', 42.0},
-        NumberCase{"+3", '.', 3.0}, NumberCase{".5", '.', 0.5}, NumberCase{"1,5", ',', 1.5},
-        NumberCase{"1.5", ',', 1.5}, NumberCase{"1,5", '.', No}, NumberCase{"1,5,0", ',', No},
-        NumberCase{"", '.', No}, NumberCase{"-", '.', No}, NumberCase{"1e", '.', No},
-        NumberCase{"2 apples", '.', No}, NumberCase{"inf", '.', No}, NumberCase{"nan", '.', No},
-        NumberCase{"0x1A", '.', No}, NumberCase{"1E400", '.', No}));
+    ::testing::Values(Num{"1E-05", '.', 1e-5}, Num{"-2.5", '.', -2.5},
+                      Num{"0.333333333333333", '.', 0.333333333333333}, Num{" \t42 ", '.', 42.0},
+                      Num{"+3", '.', 3.0}, Num{".5", '.', 0.5}, Num{"1,5", ',', 1.5},
+                      Num{"1.5", ',', 1.5}, Num{"1,5", '.', No}, Num{"1,5,0", ',', No},
+                      Num{"", '.', No}, Num{"-", '.', No}, Num{"1e", '.', No},
+                      Num{"2 apples", '.', No}, Num{"inf", '.', No}, Num{"nan", '.', No},
+                      Num{"0x1A", '.', No}, Num{"1E400", '.', No}));
 
 TEST_F(Export, WorkbookHoldsTheUsedRangeWithNumberAndTextCells) {
-    Fill(grid_, Sample);
-    ASSERT_TRUE(GridExport::ExportExcel(grid_, Path("out.xls")));
-    const XlsSheet sheet = ReadXls(Path("out.xls").toStdString());
+    const XlsSheet sheet = ReadXls(Exported(GridExport::ExportExcel, "out.xls").toStdString());
     ASSERT_TRUE(sheet.opened);
     ASSERT_EQ(sheet.rows, 4u);
     ASSERT_EQ(sheet.cols, 3u);
@@ -166,10 +164,10 @@ TEST_F(Export, WorkbookHoldsTheUsedRangeWithNumberAndTextCells) {
         for (unsigned short c = 0; c < 3; ++c) {
             const std::string& text = Sample[r][c];
             const std::optional<double> value = CellNumber(text);
-            const int type = text.empty() ? FREEXL_CELL_NULL
-                             : value      ? FREEXL_CELL_DOUBLE
-                                          : FREEXL_CELL_SST_TEXT;
-            EXPECT_EQ(sheet.At(r, c).type, type) << text;
+            EXPECT_EQ(sheet.At(r, c).type, text.empty() ? FREEXL_CELL_NULL
+                                           : value      ? FREEXL_CELL_DOUBLE
+                                                        : FREEXL_CELL_SST_TEXT)
+                << text;
             EXPECT_EQ(sheet.At(r, c).number, value.value_or(0)) << text;
             EXPECT_EQ(sheet.At(r, c).text, value ? "" : text);
         }
@@ -177,97 +175,70 @@ TEST_F(Export, WorkbookHoldsTheUsedRangeWithNumberAndTextCells) {
 }
 
 TEST_F(Export, CsvParsesBackToTheUsedRange) {
-    Fill(grid_, Sample);
-    ASSERT_TRUE(GridExport::ExportCsv(grid_, Path("out.csv")));
-    EXPECT_EQ(ParseCsv(ReadAll(Path("out.csv"))), Sample);
+    EXPECT_EQ(ParseCsv(ReadAll(Exported(GridExport::ExportCsv, "out.csv"))), Sample);
     // A lone empty field is quoted, or its record would read as a blank line.
-    GridModel column;
-    Fill(column, {{"a"}, {""}, {"b"}});
-    ASSERT_TRUE(GridExport::ExportCsv(column, Path("one.csv")));
-    EXPECT_EQ(ReadAll(Path("one.csv")), "a\r\n\"\"\r\nb\r\n");
+    grid_.SetRows(1);
+    Fill(grid_, {{"a"}, {""}, {"b"}});
+    EXPECT_EQ(ReadAll(Exported(GridExport::ExportCsv, "one.csv")), "a\r\n\"\"\r\nb\r\n");
 }
 
-TEST_F(Export, XmlIsWellFormedAndHoldsTheNonEmptyCells) {
-    Fill(grid_, Sample);
-    grid_.SetCellText(2, 2, QStringLiteral("bell\x07"));  // a character XML cannot hold
-    ASSERT_TRUE(GridExport::ExportXml(grid_, Path("out.xml")));
-    const std::string xml = ReadAll(Path("out.xml"));
+// The XML lists the non-empty cells by column; the web page has every cell, numbers
+// right-aligned. A character XML cannot hold shows as U+FFFD in both.
+TEST_F(Export, XmlAndHtmlParseBackToTheCells) {
+    const std::string xml = ReadAll(Exported(GridExport::ExportXml, "out.xml"));
+    const std::string page = ReadAll(Exported(GridExport::ExportHtml, "out.htm"));
     EXPECT_NE(xml.find("<sheet rows=\"4\" cols=\"3\">"), std::string::npos);
-    std::vector<std::vector<MarkupCell>> expected;
-    for (const auto& row : Sample) {
-        expected.emplace_back();
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            if (!row[c].empty()) expected.back().push_back({std::to_string(c + 1), row[c]});
-        }
-    }
-    expected[1][1].text = "bell\uFFFD";
-    EXPECT_EQ(ParseMarkup(xml, "row", "cell", "col"), expected);
-}
-
-TEST_F(Export, HtmlTableHoldsEveryCellAndRightAlignsNumbers) {
-    Fill(grid_, Sample);
-    ASSERT_TRUE(GridExport::ExportHtml(grid_, Path("out.htm")));
-    const std::string page = ReadAll(Path("out.htm"));
     EXPECT_NE(page.find("<meta charset=\"utf-8\" />"), std::string::npos);
-    std::vector<std::vector<MarkupCell>> expected;
+    Markup cells, tds;
     for (const auto& row : Sample) {
-        expected.emplace_back();
-        for (const std::string& text : row) {
-            expected.back().push_back({CellNumber(text) ? "n" : "", text});
+        cells.emplace_back();
+        tds.emplace_back();
+        for (std::size_t c = 0; c < row.size(); ++c) {
+            if (!row[c].empty()) cells.back().emplace_back(std::to_string(c + 1), row[c]);
+            tds.back().emplace_back(CellNumber(row[c]) ? "n" : "", row[c]);
         }
     }
-    EXPECT_EQ(ParseMarkup(page, "tr", "td", "class"), expected);
+    cells[3][2].second = tds[3][2].second = "bell\uFFFD";
+    EXPECT_EQ(ParseMarkup(xml, "row", "cell", "col"), cells);
+    EXPECT_EQ(ParseMarkup(page, "tr", "td", "class"), tds);
 }
 
-TEST_F(Export, PdfShowsTheCellTexts) {
-    Fill(grid_, Sample);
-    ASSERT_TRUE(GridExport::ExportPdf(grid_, Path("out.pdf")));
-    const auto pdf = PdfText(Path("out.pdf"));
+TEST_F(Export, PdfShowsTheCellTextsOnAsManyPagesAsTheyNeed) {
+    auto pdf = PdfText(Exported(GridExport::ExportPdf, "out.pdf"));
     ASSERT_TRUE(pdf.has_value());
     for (const char* expected : {"A + B =", "0.333333333333333", "-2.5", "1E-05", "say \"hi\", ok",
-                                 "<b>&amp;</b>", "Ünïcödé €"}) {
+                                 "<b>&amp;</b>, 1,5", "Ünïcödé €"}) {
         EXPECT_NE(pdf->first.find(expected), std::string::npos) << expected;
     }
     EXPECT_EQ(pdf->first.find("Head"), std::string::npos);  // headings are not exported
     EXPECT_EQ(pdf->second, 1);
-}
 
-// More rows and columns than a page holds: every text still appears, on several pages.
-TEST_F(Export, PdfContinuesRowsAndColumnsOnFurtherPages) {
+    // More rows and columns than a page holds: every text still appears, on several pages.
     Table table(120, std::vector<std::string>(30));
-    for (std::size_t r = 0; r < table.size(); ++r) {
-        for (std::size_t c = 0; c < table[r].size(); ++c) {
+    for (std::size_t r = 0; r < table.size(); ++r)
+        for (std::size_t c = 0; c < table[r].size(); ++c)
             table[r][c] = std::to_string(r * 1000 + c) + ".25";
-        }
-    }
     Fill(grid_, table);
-    ASSERT_TRUE(GridExport::ExportPdf(grid_, Path("big.pdf")));
-    const auto pdf = PdfText(Path("big.pdf"));
+    pdf = PdfText(Exported(GridExport::ExportPdf, "big.pdf"));
     ASSERT_TRUE(pdf.has_value());
     EXPECT_GE(pdf->second, 6);
-    std::set<std::string> words;
     std::istringstream stream(pdf->first);
-    for (std::string word; stream >> word;)
-        words.insert(word);
-    for (const auto& row : table) {
+    const std::set<std::string> words{std::istream_iterator<std::string>(stream), {}};
+    for (const auto& row : table)
         for (const std::string& cell : row)
             ASSERT_TRUE(words.count(cell)) << cell;
-    }
 }
 
 TEST_F(Export, EmptyGridGivesValidEmptyFiles) {
-    ASSERT_TRUE(GridExport::ExportExcel(grid_, Path("e.xls")));
-    const XlsSheet sheet = ReadXls(Path("e.xls").toStdString());
-    EXPECT_TRUE(sheet.opened);
-    EXPECT_EQ(sheet.rows, 0u);
-    ASSERT_TRUE(GridExport::ExportCsv(grid_, Path("e.csv")));
-    EXPECT_EQ(ReadAll(Path("e.csv")), "");
-    ASSERT_TRUE(GridExport::ExportXml(grid_, Path("e.xml")));
-    EXPECT_TRUE(ParseMarkup(ReadAll(Path("e.xml")), "row", "cell", "col").empty());
-    ASSERT_TRUE(GridExport::ExportHtml(grid_, Path("e.htm")));
-    EXPECT_TRUE(ParseMarkup(ReadAll(Path("e.htm")), "tr", "td", "class").empty());
-    ASSERT_TRUE(GridExport::ExportPdf(grid_, Path("e.pdf")));
-    EXPECT_TRUE(PdfText(Path("e.pdf")).has_value());
+    grid_.SetRows(1);  // the headings only
+    EXPECT_TRUE(ReadXls(Exported(GridExport::ExportExcel, "e.xls").toStdString()).opened);
+    EXPECT_EQ(ReadXls(Path("e.xls").toStdString()).rows, 0u);
+    EXPECT_EQ(ReadAll(Exported(GridExport::ExportCsv, "e.csv")), "");
+    EXPECT_TRUE(ParseMarkup(ReadAll(Exported(GridExport::ExportXml, "e.xml")), "row", "cell", "col")
+                    .empty());
+    EXPECT_TRUE(ParseMarkup(ReadAll(Exported(GridExport::ExportHtml, "e.htm")), "tr", "td", "class")
+                    .empty());
+    EXPECT_TRUE(PdfText(Exported(GridExport::ExportPdf, "e.pdf")).has_value());
 }
 
 TEST_F(Export, WorkbookBeyondBiff8LimitsAnswersFalseAndKeepsTheOldFile) {
@@ -285,20 +256,15 @@ struct Format {
     Exporter exporter;
 };
 
-class ExportFailure : public ::testing::TestWithParam<Format> {
-protected:
-    QTemporaryDir dir_;
-    GridModel grid_;
-};
+class ExportFailure : public Export, public ::testing::WithParamInterface<Format> {};
 
 TEST_P(ExportFailure, UnwritablePlacesAnswerFalse) {
-    Fill(grid_, Sample);
-    WriteText(dir_.filePath(QStringLiteral("plain")), "");
+    WriteText(Path("plain"), "");
     const Exporter exporter = GetParam().exporter;
     EXPECT_FALSE(exporter(grid_, QString()));
-    EXPECT_FALSE(exporter(grid_, dir_.filePath(QStringLiteral("missing/out"))));
-    EXPECT_FALSE(exporter(grid_, dir_.filePath(QStringLiteral("plain/out"))));  // not a folder
-    EXPECT_FALSE(exporter(grid_, dir_.path()));  // a folder, not a file
+    EXPECT_FALSE(exporter(grid_, Path("missing/out")));
+    EXPECT_FALSE(exporter(grid_, Path("plain/out")));  // not a folder
+    EXPECT_FALSE(exporter(grid_, dir_.path()));        // a folder, not a file
 }
 
 // A file size limit makes writes fail as on a full disk. (Not /dev/full: run as root,
@@ -306,19 +272,17 @@ TEST_P(ExportFailure, UnwritablePlacesAnswerFalse) {
 // and no temporary file is left behind.
 TEST_P(ExportFailure, FullDiskAnswersFalseAndKeepsTheOldFile) {
     Fill(grid_, Table(3000, std::vector<std::string>(20, "text 0.333333333333333")));
-    const QString path = dir_.filePath(QStringLiteral("out"));
-    WriteText(path, "previous");
+    WriteText(Path("out"), "previous");
     rlimit saved{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
     const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limited = saved;
-    limited.rlim_cur = 64 * 1024;
+    const rlimit limited{64 * 1024, saved.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    const bool written = GetParam().exporter(grid_, path);
+    const bool written = GetParam().exporter(grid_, Path("out"));
     setrlimit(RLIMIT_FSIZE, &saved);
     std::signal(SIGXFSZ, previousHandler);
     EXPECT_FALSE(written);
-    EXPECT_EQ(ReadAll(path), "previous");
+    EXPECT_EQ(ReadAll(Path("out")), "previous");
     EXPECT_EQ(QDir(dir_.path()).entryList(QDir::Files), QStringList{QStringLiteral("out")});
 }
 
@@ -329,3 +293,5 @@ INSTANTIATE_TEST_SUITE_P(Formats, ExportFailure,
                                            Format{"Csv", GridExport::ExportCsv},
                                            Format{"Xml", GridExport::ExportXml}),
                          [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
