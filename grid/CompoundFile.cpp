@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "LittleEndian.h"
+
 namespace CompoundFile {
 namespace {
 
@@ -18,14 +20,8 @@ constexpr std::uint32_t EndOfChain = 0xFFFFFFFE;
 constexpr std::uint32_t FreeSect = 0xFFFFFFFF;
 constexpr std::uint32_t NoStream = 0xFFFFFFFF;
 
-void Put16(std::string& out, std::uint16_t v) {
-    out.push_back(static_cast<char>(v & 0xFF));
-    out.push_back(static_cast<char>(v >> 8));
-}
-void Put32(std::string& out, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-        out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
-}
+using LittleEndian::Put16;
+using LittleEndian::Put32;
 void PutZeros(std::string& out, std::size_t n) {
     out.append(n, '\0');
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "CellNumber.h"
+#include "LittleEndian.h"
 
 // The workbook stream holds two substreams of records. Each record is a 16-bit type, a
 // 16-bit data length (at most 8224 bytes) and the data, all little-endian.
@@ -50,25 +51,11 @@ enum RecordType : std::uint16_t {
 
 constexpr std::uint16_t CellXf = 15;  // the first XF after the 15 style XFs
 
-void Put8(std::string& out, std::uint8_t v) {
-    out.push_back(static_cast<char>(v));
-}
-void Put16(std::string& out, std::uint16_t v) {
-    out.push_back(static_cast<char>(v & 0xFF));
-    out.push_back(static_cast<char>(v >> 8));
-}
-void Put32(std::string& out, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-        out.push_back(static_cast<char>((v >> (8 * i)) & 0xFF));
-}
-void Set16(std::string& out, std::size_t at, std::uint16_t v) {
-    out[at] = static_cast<char>(v & 0xFF);
-    out[at + 1] = static_cast<char>(v >> 8);
-}
-void Set32(std::string& out, std::size_t at, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-        out[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
-}
+using LittleEndian::Put16;
+using LittleEndian::Put32;
+using LittleEndian::Put8;
+using LittleEndian::Set16;
+using LittleEndian::Set32;
 
 // Starts a record and answers the position of its length field, to be set by EndRecord.
 std::size_t BeginRecord(std::string& out, std::uint16_t type) {
