@@ -57,13 +57,7 @@ Outcome EliminateFast(std::ptrdiff_t n, double* a, std::ptrdiff_t lda) {
                 Kernels::EliminateColumns(n, a, lda, k0, k, k1);
                 return Kernels::AllFinite(a, n, n, lda) ? Outcome::Failed : Outcome::Redo;
             }
-            for (std::ptrdiff_t i = k + 1; i < n; ++i) {
-                double* row = a + i * lda;
-                const double l = row[k] / pivot;
-                row[k] = l;
-                for (std::ptrdiff_t j = k + 1; j < k1; ++j)
-                    row[j] = row[j] - l * pivotRow[j];
-            }
+            Kernels::EliminatePanelStep(n, a, lda, k, k1);
         }
         Kernels::EliminateColumns(n, a, lda, k0, k1, k1);
     }

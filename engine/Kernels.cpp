@@ -204,6 +204,19 @@ void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrd
                  a + k0 * lda + c0, lda, a + kEnd * lda + c0, lda);
 }
 
+void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k,
+                        std::ptrdiff_t k1) {
+    const double* pivotRow = a + k * lda;
+    const double pivot = pivotRow[k];
+    for (std::ptrdiff_t i = k + 1; i < n; ++i) {
+        double* row = a + i * lda;
+        const double l = row[k] / pivot;
+        row[k] = l;
+        for (std::ptrdiff_t j = k + 1; j < k1; ++j)
+            row[j] = row[j] - l * pivotRow[j];
+    }
+}
+
 bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda) {
     // x * 0 is 0 for every finite x and NaN otherwise; a NaN survives the sum.
     V2 acc = {0.0, 0.0};

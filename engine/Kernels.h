@@ -32,6 +32,13 @@ void MultiplyInto(Update update, std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdif
 void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
                       std::ptrdiff_t kEnd, std::ptrdiff_t c0);
 
+// One step k of Gaussian elimination inside a panel of steps ending before k1: for every
+// row i > k the multiplier a(i, k) / a(k, k) replaces a(i, k), and the panel's columns
+// k + 1 .. k1 - 1 get a(i, j) = a(i, j) - multiplier * a(k, j). Columns from k1 on are
+// left to EliminateColumns.
+void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k,
+                        std::ptrdiff_t k1);
+
 // Whether every element of the rows by cols block is finite.
 bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda);
 

@@ -182,15 +182,7 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
                 std::swap_ranges(a + k * n, a + k * n + n, a + best * n);
                 odd = !odd;
             }
-            const double* pivotRow = a + k * n;
-            const double pivot = pivotRow[k];
-            for (std::ptrdiff_t i = k + 1; i < n; ++i) {
-                double* row = a + i * n;
-                const double l = row[k] / pivot;
-                row[k] = l;
-                for (std::ptrdiff_t j = k + 1; j < k1; ++j)
-                    row[j] = row[j] - l * pivotRow[j];
-            }
+            Kernels::EliminatePanelStep(n, a, n, k, k1);
         }
         Kernels::EliminateColumns(n, a, n, k0, k1, k1);
     }
