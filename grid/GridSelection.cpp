@@ -21,7 +21,7 @@ QRect InsideGrid(const GridModel& model, QRect cells) {
 // Carries out an edit, as a step of the undo history when the grid keeps one.
 void Record(QUndoStack* undo, CellBlockCommand* command) {
     if (undo != nullptr) {
-        undo->push(command);
+        PushEdit(*undo, command);
     } else {
         command->redo();
         delete command;
