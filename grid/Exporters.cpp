@@ -1,6 +1,7 @@
 #include "Exporters.h"
 
 #include <QColor>
+#include <QFileInfo>
 #include <QFont>
 #include <QFontMetricsF>
 #include <QGlyphRun>
@@ -60,10 +61,18 @@
 namespace GridExport {
 namespace {
 
+// Whether an export may write to path: it names nothing yet, or an ordinary file (also
+// through a symbolic link). A device, pipe, socket or directory there is left alone; the
+// save file would otherwise replace it with an ordinary file.
+bool IsFileTarget(const QString& path) {
+    const QFileInfo target(path);
+    return !target.exists() || target.isFile();
+}
+
 // Writes a file through QSaveFile, so that a failed export never leaves a part-written file
 // nor replaces the one that was there.
 bool SaveFile(const QString& path, const std::function<bool(QSaveFile&)>& write) {
-    if (path.isEmpty()) return false;
+    if (path.isEmpty() || !IsFileTarget(path)) return false;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) return false;
     if (!write(file)) {
