@@ -2,10 +2,14 @@
 // block, on a fresh store and on one already holding texts, read back intact.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "CellStore.h"
+#include "MemoryCheck.h"
+#include "RuntimeError.h"
 
 namespace {
 
@@ -49,5 +53,33 @@ TEST_P(CellStoreBoundaries, LongTextsReadBackWithTheirNeighbours) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Fill, CellStoreBoundaries, ::testing::Values(0, 1, 3000));
+
+// On a machine with 160 MB to spare, filling a sheet ends with run-time error 7 before it
+// takes the last 64 MB, and what the store held stays readable.
+TEST(CellStoreMemory, GrowingPastWhatTheMachineHasRaises7) {
+    const auto report = std::filesystem::temp_directory_path() / "kelvara-meminfo-cellstore";
+    const MemoryCheck::Sources saved = MemoryCheck::CurrentSources();
+    MemoryCheck::CurrentSources() = {report.string(), "", ""};
+    CellStore store;
+    const std::string text = Pattern(100000, 'm');
+    int stored = 0;
+    try {
+        for (; stored < 2000; ++stored) {
+            // The machine's report follows what the store has taken.
+            const std::size_t free = (std::size_t(160) << 20) - store.Bytes();
+            std::ofstream(report) << "MemTotal: 9999999 kB\nMemAvailable: " << free / 1024
+                                  << " kB\nSwapFree: 0 kB\n";
+            store.SetText(stored, 0, text, 1);
+        }
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.Number(), RuntimeError::OutOfMemory);
+    }
+    MemoryCheck::CurrentSources() = saved;
+    std::filesystem::remove(report);
+    EXPECT_LT(store.Bytes(), std::size_t(96) << 20);
+    EXPECT_GT(store.Bytes(), std::size_t(32) << 20);
+    for (int row = 0; row < stored; ++row)
+        ASSERT_EQ(store.Text(row, 0), text);
+}
 
 }  // namespace
