@@ -3,10 +3,13 @@
 #   make test   installs what is missing, builds the test suite under the sanitizers and runs it
 # and, for measuring:
 #   make bench  builds optimised and runs every benchmark in bench/
+#   make fuzz   builds the fuzz targets with clang and runs each for FUZZ_SECONDS
 
 JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 120
+FUZZERS = number_reader paste xls_writer
 
-.PHONY: all deps run test bench build format clean
+.PHONY: all deps run test bench fuzz build format clean
 
 all: build
 
@@ -27,6 +30,11 @@ test: deps
 
 bench: build
 	@scripts/run-benchmarks build/release/bench
+
+fuzz: deps
+	cmake -G Ninja -S fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build build/fuzz -j $(JOBS)
+	for f in $(FUZZERS); do fuzz/run-fuzzer build/fuzz/fuzz_$$f fuzz/corpus/$$f $(FUZZ_SECONDS) || exit 1; done
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
