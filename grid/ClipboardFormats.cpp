@@ -66,7 +66,8 @@ QMimeData* ToMimeData(const TextTable& table) {
 TextTable FromMimeData(const QMimeData& mime, TableBound bound) {
     if (mime.hasFormat(kLibreOfficeTsv)) {
         const QByteArray text = DecodeText(mime.data(kLibreOfficeTsv)).toUtf8();
-        if (TextTable table = ParseTsv(text.toStdString(), bound); !table.IsEmpty()) return table;
+        const std::string_view view(text.constData(), static_cast<std::size_t>(text.size()));
+        if (TextTable table = ParseTsv(view, bound); !table.IsEmpty()) return table;
     }
     const QString html = mime.hasHtml() ? mime.html() : QString();
     if (mime.hasText()) {
