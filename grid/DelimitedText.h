@@ -1,0 +1,20 @@
+#pragma once
+// Delimited text: tab-separated text with spreadsheet quoting, and comma-separated values.
+
+#include <string>
+#include <string_view>
+
+#include "TextTable.h"
+
+namespace ClipboardFormats {
+
+// Tab-separated text as spreadsheets write it: every row ends in "\n"; a cell holding a tab,
+// a line break or a double quote is wrapped in double quotes with inner quotes doubled.
+std::string EncodeTsv(const TextTable& table);
+// Tab-separated text with the same quoting; "\r\n" and "\n" end rows, and a final line end
+// adds no row.
+TextTable ParseTsv(std::string_view text);
+// Comma-separated values (RFC 4180 quoting); blanks around unquoted values are dropped.
+TextTable ParseCsv(std::string_view text);
+
+}  // namespace ClipboardFormats
