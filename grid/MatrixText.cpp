@@ -1,0 +1,40 @@
+// The one place that decides how a text showing a matrix is read: the families are tried
+// from the most to the least distinctive, and the first that recognises the text wins.
+#include "MatrixText.h"
+
+#include "MatrixTextParts.h"
+
+namespace MatrixText {
+
+using namespace Parts;
+
+TextTable Parse(std::string_view text) {
+    const std::string_view trimmed = Trim(text);
+    if (trimmed.empty()) return TextTable();
+    // Tab-separated text is a spreadsheet's own; only a form that brackets or environments
+    // delimit is read from text holding tabs (an indented literal, say).
+    const bool hasTab = text.find('\t') != std::string_view::npos;
+    const char first = trimmed.front();
+    const bool bracketed = first == '[' || first == '{' || first == '\\' || first == '$' ||
+                           (first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z');
+    if (hasTab && !bracketed) return TextTable();
+
+    const std::optional<std::string> plain = NormaliseTypography(trimmed);
+    const std::string_view view = plain ? std::string_view(*plain) : trimmed;
+
+    if (view.find("\\begin{") != std::string_view::npos) {
+        if (TextTable table = ParseLatex(view); !table.IsEmpty()) return table;
+    }
+    if (TextTable table = ParseNestedList(view); !table.IsEmpty()) return table;
+    if (hasTab) return TextTable();
+    const bool ruled = view.find('|') != std::string_view::npos ||
+                       view.find("+-") != std::string_view::npos ||
+                       view.find("\xE2\x94") != std::string_view::npos ||  // box drawing
+                       view.find("\xE2\x95") != std::string_view::npos;
+    if (ruled) {
+        if (TextTable table = ParseRuledTable(view); !table.IsEmpty()) return table;
+    }
+    return ParseColumns(view);
+}
+
+}  // namespace MatrixText
