@@ -34,7 +34,14 @@ TextTable Parse(std::string_view text) {
     if (ruled) {
         if (TextTable table = ParseRuledTable(view); !table.IsEmpty()) return table;
     }
-    return ParseColumns(view);
+    if (TextTable table = ParseColumns(view); !table.IsEmpty()) return table;
+    // A single number shown with a minus sign or a power of ten: written the plain way.
+    if (plain && IsNumber(view) && view.find_first_of(" /") == std::string_view::npos) {
+        TextTable table;
+        AddEntry(table, view);
+        return table;
+    }
+    return TextTable();
 }
 
 }  // namespace MatrixText

@@ -45,6 +45,7 @@ bool IsNameLine(std::string_view line) {
 
 // "Columns 1 through 8:", "Columns 9 and 10:", "Column 11" open a block of columns.
 bool IsColumnsLine(std::string_view line) {
+    if (!StartsWith(line, "Column")) return false;
     const std::vector<std::string_view> tokens = Tokens(line);
     if (tokens.size() < 2 || (tokens[0] != "Columns" && tokens[0] != "Column")) return false;
     for (std::size_t i = 1; i < tokens.size(); ++i) {
@@ -60,6 +61,7 @@ bool IsColumnsLine(std::string_view line) {
 
 // "1.0e+03 *": the factor that multiplies every entry printed below it.
 bool ReadScaleFactor(std::string_view line, double& factor) {
+    if (line.empty() || line.back() != '*') return false;
     const std::vector<std::string_view> tokens = Tokens(line);
     std::string_view number;
     if (tokens.size() == 2 && tokens[1] == "*")
@@ -91,15 +93,18 @@ bool IsEntry(std::string_view token) {
 // display and some PDFs).
 std::vector<std::string_view> EntryTokens(std::string_view line) {
     std::vector<std::string_view> tokens = Tokens(line);
-    for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
-        if (tokens[i] == "-" && IsEntry(tokens[i + 1])) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
+        if (tokens[i] == "-" && i + 1 < tokens.size() && IsEntry(tokens[i + 1])) {
             const char* first = tokens[i].data();
-            tokens[i] = std::string_view(
-                first,
-                static_cast<std::size_t>(tokens[i + 1].data() + tokens[i + 1].size() - first));
-            tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            const char* last = tokens[i + 1].data() + tokens[i + 1].size();
+            tokens[kept++] = std::string_view(first, static_cast<std::size_t>(last - first));
+            ++i;
+        } else {
+            tokens[kept++] = tokens[i];
         }
     }
+    tokens.resize(kept);
     return tokens;
 }
 
@@ -285,6 +290,11 @@ TextTable ParseColumns(std::string_view text) {
                 AddToken(table, row.tokens[i], head.factor);
         return table;
     }
+    std::size_t cells = 0;
+    for (const Block& block : blocks)
+        for (const DataRow& row : block.rows)
+            cells += row.tokens.size();
+    table.Reserve(text.size(), cells);
     std::vector<std::size_t> next(blocks.size(), 0);  // the block's next position in columnOf
     for (std::size_t r = 0; r < head.rows.size(); ++r) {
         table.NewRow();

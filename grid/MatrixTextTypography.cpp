@@ -249,17 +249,17 @@ std::optional<std::string> NormaliseTypography(std::string_view text) {
             length = text[at + 1] == 't' ? 6 : 5;
         }
         // A power of ten after a number's digits becomes its exponent.
-        std::size_t mantissaEnd = out.size();
-        while (mantissaEnd > 0 && out[mantissaEnd - 1] == ' ')
-            --mantissaEnd;
-        const bool afterDigits =
-            mantissaEnd > 0 && ((out[mantissaEnd - 1] >= '0' && out[mantissaEnd - 1] <= '9') ||
-                                out[mantissaEnd - 1] == '.');
-        if (afterDigits && IsTimesSign(code)) {
+        if (IsTimesSign(code)) {
+            std::size_t mantissaEnd = out.size();
+            while (mantissaEnd > 0 && out[mantissaEnd - 1] == ' ')
+                --mantissaEnd;
+            const char last = mantissaEnd > 0 ? out[mantissaEnd - 1] : '\0';
             const bool caret = code == '*' && at + 1 < text.size() && text[at + 1] == '^' &&
                                mantissaEnd == out.size();
             const std::size_t end =
-                MatchPowerOfTen(text, at + length + (caret ? 1 : 0), caret, exponent);
+                ((last >= '0' && last <= '9') || last == '.')
+                    ? MatchPowerOfTen(text, at + length + (caret ? 1 : 0), caret, exponent)
+                    : 0;
             if (end != 0) {
                 out.resize(mantissaEnd);
                 out.push_back('E');

@@ -51,6 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"typographic_forms",
                "\u22121.5\u00a0\u00a02\u00d710^3\n3\u00b710\u207b\u00b3  4 \u00d7 10^{\u22122}",
                {{"-1.5", "2E3"}, {"3E-3", "4E-2"}}},
+        Sample{"single_typographic_number", "\u22121.5\u00d710^3", {{"-1.5E3"}}},
         Sample{"dashes", "\u20131 \u20142\n\u20123 \u20104", {{"-1", "-2"}, {"-3", "-4"}}},
         Sample{"headings_and_row_labels", "       x1    x2\nrow1  1.5   -2\nrow2    3    4\n",
                kTwoByTwo},
