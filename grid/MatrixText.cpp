@@ -2,11 +2,39 @@
 // from the most to the least distinctive, and the first that recognises the text wins.
 #include "MatrixText.h"
 
+#include <algorithm>
+
 #include "MatrixTextParts.h"
 
 namespace MatrixText {
 
 using namespace Parts;
+
+namespace {
+
+// The lines an interactive session shows before a printout (">>> a", "julia> A",
+// "octave:1> A", ">> A", "In [3]: a", R's "> m") and the label before the value
+// ("Out[3]:", "Out[1]=").
+std::string_view WithoutPrompt(std::string_view text) {
+    static constexpr std::string_view kPrompts[] = {
+        ">>> ", ">> ", "julia> ", "octave:", "In [", "In[", "> "};
+    for (;;) {
+        const bool prompt = std::any_of(std::begin(kPrompts), std::end(kPrompts),
+                                        [&](std::string_view p) { return StartsWith(text, p); });
+        const std::size_t lineEnd = text.find('\n');
+        if (!prompt || lineEnd == std::string_view::npos) break;
+        text = Trim(text.substr(lineEnd + 1));
+    }
+    if (StartsWith(text, "Out[")) {
+        const std::size_t close = text.find(']');
+        if (close != std::string_view::npos && close + 1 < text.size() &&
+            (text[close + 1] == ':' || text[close + 1] == '='))
+            text = Trim(text.substr(close + 2));
+    }
+    return text;
+}
+
+}  // namespace
 
 TextTable Parse(std::string_view text) {
     const std::string_view trimmed = Trim(text);
@@ -20,7 +48,8 @@ TextTable Parse(std::string_view text) {
     if (hasTab && !bracketed) return TextTable();
 
     const std::optional<std::string> plain = NormaliseTypography(trimmed);
-    const std::string_view view = plain ? std::string_view(*plain) : trimmed;
+    const std::string_view view = WithoutPrompt(plain ? std::string_view(*plain) : trimmed);
+    if (view.empty()) return TextTable();
 
     if (view.find("\\begin{") != std::string_view::npos) {
         if (TextTable table = ParseLatex(view); !table.IsEmpty()) return table;

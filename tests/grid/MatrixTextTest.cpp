@@ -199,7 +199,10 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"numpy_special",
                "array([[ nan,  inf],\n       [-inf,   0.]])",
                {{"nan", "inf"}, {"-inf", "0."}}},
-        Sample{"json", "{\"a\": 1}", {}},
+        Sample{"after_prompts",
+               ">>> a\nOut[3]: array([[1, 2],\n       [3, 4]])",
+               {{"1", "2"}, {"3", "4"}}},
+        Sample{"json_object", "{\"a\": 1}", {}},
         Sample{"json_rows", "[[1,2.5e-3],[3,-4]]", {{"1", "2.5e-3"}, {"3", "-4"}}},
         Sample{"python_assignment", "a = [[1, 2], [3, 4]]", {{"1", "2"}, {"3", "4"}}},
         // Mathematica (not in Debian; typed after its InputForm): exponents as *^
