@@ -26,8 +26,8 @@ void AddMatrixRow(TextTable& table, std::string_view row) {
 
 }  // namespace
 
-TextTable ParseBracketMatrix(std::string_view text) {
-    TextTable table;
+TextTable ParseBracketMatrix(std::string_view text, TableBound bound) {
+    TextTable table(bound);
     text = Trim(text);
     if (text.size() < 2 || text.front() != '[' || text.back() != ']') return table;
     const std::string_view inner = text.substr(1, text.size() - 2);

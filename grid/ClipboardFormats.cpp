@@ -7,25 +7,24 @@
 
 namespace ClipboardFormats {
 
-TextTable ParsePlainText(std::string_view text) {
+TextTable ParsePlainText(std::string_view text, TableBound bound) {
     // A matrix as a program prints it or a paper writes it: one entry per cell.
-    if (TextTable matrix = MatrixText::Parse(text); !matrix.IsEmpty()) return matrix;
+    if (TextTable matrix = MatrixText::Parse(text, bound); matrix.RowsRead() > 0) return matrix;
     const std::string_view trimmed = Trim(text);
     if (trimmed.starts_with('[') && trimmed.ends_with(']')) {
         // Bracketed text that is no matrix is taken as it stands.
-        TextTable matrix = ParseBracketMatrix(trimmed);
-        return matrix.IsEmpty() ? ParseTsv(text) : matrix;
+        TextTable matrix = ParseBracketMatrix(trimmed, bound);
+        return matrix.IsEmpty() ? ParseTsv(text, bound) : matrix;
     }
     if (text.find('\t') == std::string_view::npos && text.find(',') != std::string_view::npos) {
-        TextTable csv = ParseCsv(text);
-        const int fields = csv.RowLength(0);
-        bool even = true;
-        for (int row = 1; row < csv.Rows() && even; ++row)
-            even = csv.RowLength(row) == fields;
+        // The lines are counted as read, those beyond the bound included, so that cropping
+        // does not change how the text is taken.
+        TextTable csv = ParseCsv(text, bound);
+        const int fields = csv.ColsRead();
         // One line with a single comma reads as one value (a decimal comma, say).
-        if (even && fields >= 2 && (csv.Rows() >= 2 || fields >= 3)) return csv;
+        if (csv.EvenRows() && fields >= 2 && (csv.RowsRead() >= 2 || fields >= 3)) return csv;
     }
-    return ParseTsv(text);
+    return ParseTsv(text, bound);
 }
 
 QString DecodeText(const QByteArray& bytes) {
@@ -68,10 +67,10 @@ QMimeData* ToMimeData(const TextTable& table) {
     return mime;
 }
 
-TextTable FromMimeData(const QMimeData& mime) {
+TextTable FromMimeData(const QMimeData& mime, TableBound bound) {
     if (mime.hasFormat(kLibreOfficeTsv)) {
         const QByteArray text = DecodeText(mime.data(kLibreOfficeTsv)).toUtf8();
-        if (TextTable table = ParseTsv(text.toStdString()); !table.IsEmpty()) return table;
+        if (TextTable table = ParseTsv(text.toStdString(), bound); !table.IsEmpty()) return table;
     }
     const QString html = mime.hasHtml() ? mime.html() : QString();
     if (mime.hasText()) {
@@ -79,13 +78,13 @@ TextTable FromMimeData(const QMimeData& mime) {
         const std::string_view view(text.constData(), static_cast<std::size_t>(text.size()));
         // Beside a spreadsheet's HTML table the text is that spreadsheet's own TSV.
         const bool fromSpreadsheet = html.contains(QLatin1String("<table"), Qt::CaseInsensitive);
-        TextTable table = fromSpreadsheet ? ParseTsv(view) : ParsePlainText(view);
+        TextTable table = fromSpreadsheet ? ParseTsv(view, bound) : ParsePlainText(view, bound);
         if (!table.IsEmpty()) return table;
     }
     if (!html.isEmpty()) {
         const QByteArray bytes = html.toUtf8();
         return ParseHtmlTable(
-            std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+            std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())), bound);
     }
     return TextTable();
 }

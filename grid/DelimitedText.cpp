@@ -23,9 +23,11 @@ bool IsBlank(char c) {
 
 // Reads delimited text with double-quote quoting into a table. A field that opens with a
 // quote but does not close properly (the closing quote followed by something other than a
-// separator or a line end) is read as plain text.
-TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks) {
-    TextTable table;
+// separator or a line end) is read as plain text. Unless readAll, reading stops once the
+// table's bound is full.
+TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks, TableBound bound,
+                         bool readAll) {
+    TextTable table(bound);
     if (text.empty()) return table;
     // A line end after the last row closes that row; it does not open another.
     if (text.ends_with("\r\n"))
@@ -98,6 +100,7 @@ TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks)
         if (c == separator) continue;
         if (c == '\r' && pos < size && text[pos] == '\n') ++pos;
         table.NewRow();
+        if (!readAll && table.Full()) break;
     }
     return table;
 }
@@ -122,12 +125,12 @@ std::string EncodeTsv(const TextTable& table) {
     return out;
 }
 
-TextTable ParseTsv(std::string_view text) {
-    return ParseDelimited(text, '\t', false);
+TextTable ParseTsv(std::string_view text, TableBound bound) {
+    return ParseDelimited(text, '\t', false, bound, false);
 }
 
-TextTable ParseCsv(std::string_view text) {
-    return ParseDelimited(text, ',', true);
+TextTable ParseCsv(std::string_view text, TableBound bound) {
+    return ParseDelimited(text, ',', true, bound, true);
 }
 
 }  // namespace ClipboardFormats

@@ -13,8 +13,10 @@ namespace ClipboardFormats {
 std::string EncodeTsv(const TextTable& table);
 // Tab-separated text with the same quoting; "\r\n" and "\n" end rows, and a final line end
 // adds no row.
-TextTable ParseTsv(std::string_view text);
+TextTable ParseTsv(std::string_view text, TableBound bound = {});
 // Comma-separated values (RFC 4180 quoting); blanks around unquoted values are dropped.
-TextTable ParseCsv(std::string_view text);
+// The whole text is read even past the bound, so that the table tells how many fields
+// every line has (TextTable::EvenRows).
+TextTable ParseCsv(std::string_view text, TableBound bound = {});
 
 }  // namespace ClipboardFormats

@@ -147,6 +147,10 @@ int SpanAttribute(std::string_view tag, std::string_view name) {
 // Places cells into rows, keeping the columns that row spans from above still cover.
 class HtmlTableBuilder {
 public:
+    explicit HtmlTableBuilder(TableBound bound)
+        : table_(bound), maxCols_(static_cast<std::size_t>(table_.Bound().cols)) {}
+    bool Full() const { return table_.Full(); }
+
     void StartRow() {
         EndRow();
         inRow_ = true;
@@ -156,9 +160,9 @@ public:
         if (!inRow_) StartRow();
         SkipCovered();
         const std::size_t col = row_.size();
+        if (col >= maxCols_) return;
         row_.push_back(std::move(text));
-        for (int i = 1; i < colspan; ++i)
-            row_.emplace_back();
+        row_.resize(std::min(col + static_cast<std::size_t>(colspan), maxCols_));
         if (covered_.size() < row_.size()) covered_.resize(row_.size(), 0);
         for (std::size_t c = col; c < row_.size(); ++c)
             covered_[c] = rowspan - 1;
@@ -188,6 +192,7 @@ private:
         }
     }
     TextTable table_;
+    std::size_t maxCols_;  // cells and spans stop at the bound
     std::vector<std::string> row_;
     std::vector<int> covered_;  // rows each column is still covered by a span from above
     bool inRow_ = false;
@@ -234,12 +239,12 @@ std::string EncodeHtml(const TextTable& table) {
     return out;
 }
 
-TextTable ParseHtmlTable(std::string_view html) {
+TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
     std::size_t pos = FindNoCase(html, "<table");
     if (pos == std::string_view::npos) pos = FindNoCase(html, "<tr");
     if (pos == std::string_view::npos) return TextTable();
 
-    HtmlTableBuilder builder;
+    HtmlTableBuilder builder(bound);
     CellText cell;
     bool inCell = false;
     int colspan = 1, rowspan = 1;
@@ -250,7 +255,7 @@ TextTable ParseHtmlTable(std::string_view html) {
         inCell = false;
     };
 
-    while (pos < html.size()) {
+    while (pos < html.size() && !builder.Full()) {
         const std::size_t open = html.find('<', pos);
         if (open == std::string_view::npos) break;
         if (inCell) cell.Text(html.substr(pos, open - pos));

@@ -12,6 +12,7 @@ namespace ClipboardFormats {
 std::string EncodeHtml(const TextTable& table);
 // The first <table> of an HTML fragment or page: rows of <td>/<th> cells, spans filled
 // with empty cells, markup removed and character references decoded. Empty when none.
-TextTable ParseHtmlTable(std::string_view html);
+// Spans reach no further than the bound, and reading stops when it is full.
+TextTable ParseHtmlTable(std::string_view html, TableBound bound = {});
 
 }  // namespace ClipboardFormats

@@ -36,7 +36,7 @@ std::string_view WithoutPrompt(std::string_view text) {
 
 }  // namespace
 
-TextTable Parse(std::string_view text) {
+TextTable Parse(std::string_view text, TableBound bound) {
     const std::string_view trimmed = Trim(text);
     if (trimmed.empty()) return TextTable();
     // Tab-separated text is a spreadsheet's own; only a form that brackets or environments
@@ -52,21 +52,21 @@ TextTable Parse(std::string_view text) {
     if (view.empty()) return TextTable();
 
     if (view.find("\\begin{") != std::string_view::npos) {
-        if (TextTable table = ParseLatex(view); !table.IsEmpty()) return table;
+        if (TextTable table = ParseLatex(view, bound); Recognised(table)) return table;
     }
-    if (TextTable table = ParseNestedList(view); !table.IsEmpty()) return table;
+    if (TextTable table = ParseNestedList(view, bound); Recognised(table)) return table;
     if (hasTab) return TextTable();
     const bool ruled = view.find('|') != std::string_view::npos ||
                        view.find("+-") != std::string_view::npos ||
                        view.find("\xE2\x94") != std::string_view::npos ||  // box drawing
                        view.find("\xE2\x95") != std::string_view::npos;
     if (ruled) {
-        if (TextTable table = ParseRuledTable(view); !table.IsEmpty()) return table;
+        if (TextTable table = ParseRuledTable(view, bound); Recognised(table)) return table;
     }
-    if (TextTable table = ParseColumns(view); !table.IsEmpty()) return table;
+    if (TextTable table = ParseColumns(view, bound); Recognised(table)) return table;
     // A single number shown with a minus sign or a power of ten: written the plain way.
     if (plain && IsNumber(view) && view.find_first_of(" /") == std::string_view::npos) {
-        TextTable table;
+        TextTable table(bound);
         AddEntry(table, view);
         return table;
     }

@@ -13,7 +13,8 @@ namespace MatrixText {
 // The entries of the matrix that text shows, row by row; an empty table when the text is
 // not recognised as a printed or written matrix, so that it can be pasted as it stands.
 // Text holding a tab is only recognised in its bracketed or LaTeX forms: otherwise it is
-// a spreadsheet's tab-separated text.
-TextTable Parse(std::string_view text);
+// a spreadsheet's tab-separated text. The table keeps what lies inside the bound; whether
+// the text is recognised does not depend on it (RowsRead() is 0 when it is not).
+TextTable Parse(std::string_view text, TableBound bound = {});
 
 }  // namespace MatrixText

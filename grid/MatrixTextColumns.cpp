@@ -176,7 +176,7 @@ void AddToken(TextTable& table, std::string_view token, double factor) {
 
 }  // namespace
 
-TextTable ParseColumns(std::string_view text) {
+TextTable ParseColumns(std::string_view text, TableBound bound) {
     std::vector<Block> blocks(1);
     bool evidence = false;  // a printout's own mark: a name, a header, labels, bracket art
     bool otherLines = false;
@@ -282,7 +282,7 @@ TextTable ParseColumns(std::string_view text) {
                 if (IsDecimalCommaNumber(token)) return TextTable();
     }
 
-    TextTable table;
+    TextTable table(bound);
     if (rVector) {
         table.NewRow();
         for (const DataRow& row : head.rows)
@@ -296,7 +296,7 @@ TextTable ParseColumns(std::string_view text) {
             cells += row.tokens.size();
     table.Reserve(text.size(), cells);
     std::vector<std::size_t> next(blocks.size(), 0);  // the block's next position in columnOf
-    for (std::size_t r = 0; r < head.rows.size(); ++r) {
+    for (std::size_t r = 0; r < head.rows.size() && !table.Full(); ++r) {
         table.NewRow();
         for (std::size_t b = 0; b < blocks.size(); ++b) {
             const Block& block = blocks[b];

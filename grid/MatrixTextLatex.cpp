@@ -102,7 +102,7 @@ void DropRules(std::string& row) {
 
 }  // namespace
 
-TextTable ParseLatex(std::string_view text) {
+TextTable ParseLatex(std::string_view text, TableBound bound) {
     for (std::size_t at = text.find("\\begin{"); at != std::string_view::npos;
          at = text.find("\\begin{", at + 1)) {
         const std::size_t nameStart = at + 7;
@@ -142,7 +142,7 @@ TextTable ParseLatex(std::string_view text) {
             source.append(line.substr(0, percent));
             source.push_back('\n');
         }
-        TextTable table;
+        TextTable table(bound);
         std::size_t pos = 0;
         while (pos <= source.size()) {
             std::size_t rowEnd = std::min(source.find("\\\\", pos), source.size());

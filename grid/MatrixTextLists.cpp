@@ -171,7 +171,7 @@ bool AddRows(const Item& list, TextTable& table) {
 
 // The arguments of a call such as array([[1, 2]], dtype=int32) or matrix([1, 2], [3, 4]):
 // the matrix is the one list argument, or the list arguments are its rows.
-TextTable ParseCall(std::string_view name, std::string_view arguments) {
+TextTable ParseCall(std::string_view name, std::string_view arguments, TableBound bound) {
     Item rows;
     rows.isList = true;
     rows.rows.emplace_back();
@@ -196,7 +196,7 @@ TextTable ParseCall(std::string_view name, std::string_view arguments) {
         rows.rows.back().push_back(std::move(list));
         pos += argument.Position();
     }
-    TextTable table;
+    TextTable table(bound);
     const auto& lists = rows.rows.back();
     if (lists.size() == 1 && name != "matrix") {
         if (!AddRows(lists.front(), table)) return TextTable();
@@ -211,7 +211,7 @@ TextTable ParseCall(std::string_view name, std::string_view arguments) {
 
 }  // namespace
 
-TextTable ParseNestedList(std::string_view text) {
+TextTable ParseNestedList(std::string_view text, TableBound bound) {
     text = WithoutAssignment(Trim(text));
     while (!text.empty() && (text.back() == ';' || IsBlank(text.back())))
         text.remove_suffix(1);
@@ -228,7 +228,7 @@ TextTable ParseNestedList(std::string_view text) {
                 name.remove_prefix(dot + 1);
             if (name != "array" && name != "asarray" && name != "matrix" && name != "Matrix")
                 return TextTable();
-            return ParseCall(name, text.substr(nameEnd + 1, text.size() - nameEnd - 2));
+            return ParseCall(name, text.substr(nameEnd + 1, text.size() - nameEnd - 2), bound);
         }
         if (nameEnd < text.size() && text[nameEnd] == '[' &&
             (name.front() < '0' || name.front() > '9'))
@@ -243,7 +243,7 @@ TextTable ParseNestedList(std::string_view text) {
     if (!reader.ReadList(list, 1)) return TextTable();
     const std::string_view rest = Trim(text.substr(reader.Position()));
     if (!rest.empty() && rest.front() != '%' && rest.front() != '#') return TextTable();
-    TextTable table;
+    TextTable table(bound);
     if (!AddRows(list, table)) return TextTable();
     return table;
 }

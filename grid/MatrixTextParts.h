@@ -26,6 +26,10 @@ bool IsDecimalCommaNumber(std::string_view token);
 // Appends one entry as a cell: fractions become their decimal value, a decimal comma and
 // Julia's "f" exponent their usual forms; factor, unless 1, multiplies the number.
 void AddEntry(TextTable& table, std::string_view token, double factor = 1.0);
+// Whether a family parser recognised its text (the bound may have kept none of it).
+inline bool Recognised(const TextTable& table) {
+    return table.RowsRead() > 0;
+}
 
 bool IsBlank(char c);
 std::string_view Trim(std::string_view text);
@@ -35,10 +39,10 @@ std::vector<std::string_view> Lines(std::string_view text);
 // The tokens of a line separated by runs of blanks.
 std::vector<std::string_view> Tokens(std::string_view line);
 
-// The family parsers.
-TextTable ParseLatex(std::string_view text);       // \begin{pmatrix} ... \end{pmatrix}
-TextTable ParseRuledTable(std::string_view text);  // Markdown and ASCII-art tables
-TextTable ParseNestedList(std::string_view text);  // [[1, 2], [3, 4]], array(...), {{..}}
-TextTable ParseColumns(std::string_view text);     // blank-aligned columns and printouts
+// The family parsers, each building a table with the given bound.
+TextTable ParseLatex(std::string_view text, TableBound bound);       // \begin{pmatrix}
+TextTable ParseRuledTable(std::string_view text, TableBound bound);  // Markdown, ASCII art
+TextTable ParseNestedList(std::string_view text, TableBound bound);  // [[1, 2]], array()
+TextTable ParseColumns(std::string_view text, TableBound bound);     // columns, printouts
 
 }  // namespace MatrixText::Parts

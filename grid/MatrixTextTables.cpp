@@ -41,7 +41,7 @@ bool IsEntryCell(std::string_view cell) {
 
 }  // namespace
 
-TextTable ParseRuledTable(std::string_view text) {
+TextTable ParseRuledTable(std::string_view text, TableBound bound) {
     std::vector<std::vector<std::string>> rows;
     bool separator = false, allFramed = true;
     for (std::string_view raw : Lines(text)) {
@@ -90,7 +90,7 @@ TextTable ParseRuledTable(std::string_view text) {
         }
     }
     if (entries < 2) return TextTable();
-    TextTable table;
+    TextTable table(bound);
     for (std::size_t r = first; r < rows.size(); ++r) {
         table.NewRow();
         for (std::size_t c = labelled ? 1 : 0; c < rows[r].size(); ++c)

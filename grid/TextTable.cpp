@@ -1,6 +1,7 @@
 #include "TextTable.h"
 
 #include <algorithm>
+#include <climits>
 
 std::string_view TextTable::Cell(int row, int col) const {
     if (row < 0 || row >= Rows() || col < 0) return {};
@@ -13,19 +14,50 @@ std::string_view TextTable::Cell(int row, int col) const {
     return std::string_view(bytes_).substr(begin, cellEnds_[index] - begin);
 }
 
+TextTable::TextTable(TableBound bound) : bound_(bound) {
+    bound_.rows = std::max(bound_.rows, 0);
+    bound_.cols = std::max(bound_.cols, 0);
+    UpdateKeep();
+}
+
 void TextTable::NewRow() {
-    rowStarts_.push_back(cellEnds_.size());
+    if (rowsRead_ == 1)
+        firstRowCells_ = cellsInRow_;
+    else if (rowsRead_ > 1 && cellsInRow_ != firstRowCells_)
+        uneven_ = true;
+    if (rowsRead_ < INT_MAX) ++rowsRead_;
+    cellsInRow_ = 0;
+    if (rowsRead_ <= bound_.rows) rowStarts_.push_back(cellEnds_.size());
+    UpdateKeep();
 }
 
 void TextTable::EndCell() {
-    if (rowStarts_.empty()) NewRow();
-    cellEnds_.push_back(bytes_.size());
-    cols_ = std::max(cols_, static_cast<int>(cellEnds_.size() - rowStarts_.back()));
+    if (rowsRead_ == 0) NewRow();
+    if (keep_) {
+        cellEnds_.push_back(bytes_.size());
+        cols_ = std::max(cols_, static_cast<int>(cellEnds_.size() - rowStarts_.back()));
+    }
+    if (cellsInRow_ < INT_MAX) ++cellsInRow_;
+    colsRead_ = std::max(colsRead_, cellsInRow_);
+    UpdateKeep();
 }
 
 void TextTable::Reserve(std::size_t bytes, std::size_t cells) {
+    // A bounded table keeps at most its bound's share of what the text holds.
+    const std::size_t most =
+        static_cast<std::size_t>(bound_.rows) * static_cast<std::size_t>(bound_.cols);
+    if (cells > most) {
+        bytes = static_cast<std::size_t>(static_cast<double>(bytes) * static_cast<double>(most) /
+                                         static_cast<double>(cells));
+        cells = most;
+    }
     bytes_.reserve(bytes);
     cellEnds_.reserve(cells);
+}
+
+std::size_t TextTable::Bytes() const {
+    return sizeof(*this) + bytes_.capacity() + cellEnds_.capacity() * sizeof(std::size_t) +
+           rowStarts_.capacity() * sizeof(std::size_t);
 }
 
 int TextTable::RowLength(int row) const {

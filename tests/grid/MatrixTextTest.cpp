@@ -278,6 +278,14 @@ TEST(MatrixTextPaste, SpreadsheetCopyKeepsItsCells) {
     EXPECT_EQ(ClipboardFormats::FromMimeData(terminal).ToVectors(), (Rows{{"1", "2"}, {"3", "4"}}));
 }
 
+// A bound keeps the paste to the grid's room; whether the text is a matrix does not change.
+TEST(MatrixTextPaste, BoundCropsWhatIsKept) {
+    const TextTable cropped = MatrixText::Parse("A =\n\n   1   2   3\n   4   5   6\n", {1, 2});
+    EXPECT_EQ(cropped.ToVectors(), (Rows{{"1", "2"}}));
+    EXPECT_EQ(ClipboardFormats::ParsePlainText("x =\n\n 1 2\n 3 4\n", {1, 1}).ToVectors(),
+              (Rows{{"1"}}));
+}
+
 // Ctrl+V in a grid puts each entry of a printout into its own cell.
 TEST(MatrixTextPaste, CtrlVFillsOneCellPerEntry) {
     GridWidget grid;
