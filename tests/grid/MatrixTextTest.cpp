@@ -266,6 +266,24 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"table_of_words", "| a | b |\n|---|---|\n| x | y |\n", {}}),
     SampleName);
 
+// Hostile texts end quickly with a sane answer: deep nesting, long runs of blanks before
+// multiplication signs, many lone minus signs, unclosed environments.
+TEST(MatrixTextHostile, LargeTextsEndWithoutBlowingUp) {
+    EXPECT_EQ(MatrixText::Parse(std::string(200000, '[')).RowsRead(), 0);
+    std::string blanks = "1";
+    for (int i = 0; i < 2000; ++i)
+        blanks += std::string(100, ' ') + "\u00d7";
+    EXPECT_EQ(MatrixText::Parse(blanks).RowsRead(), 0);
+    std::string minus;
+    for (int i = 0; i < 100000; ++i)
+        minus += "- 1 ";
+    EXPECT_EQ(MatrixText::Parse(minus).Cols(), 100000);
+    std::string latex = "\\begin{pmatrix}";
+    for (int i = 0; i < 20000; ++i)
+        latex += "\\begin{bmatrix}1 & 2";
+    EXPECT_EQ(MatrixText::Parse(latex).RowsRead(), 0);
+}
+
 // A spreadsheet's copy goes in as before; printed text is recognised whether it comes
 // with or without markup beside it.
 TEST(MatrixTextPaste, SpreadsheetCopyKeepsItsCells) {
