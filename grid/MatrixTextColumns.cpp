@@ -227,7 +227,10 @@ TextTable ParseColumns(std::string_view text, TableBound bound) {
         if (entries == 0) {
             // A heading (column labels, "Diagonal Matrix", Julia's "2×2 Matrix{Float64}:");
             // after rows of entries it opens the next block of a wide matrix.
-            if (!blocks.back().rows.empty()) blocks.emplace_back();
+            if (!blocks.back().rows.empty()) {
+                if (tokens.front() == "[,1]") break;  // R's next value starts at column 1
+                blocks.emplace_back();
+            }
             blocks.back().headings = content.back() == ':' ? 0 : tokens.size();
             if (IsRLabel(tokens.front()) || content.back() == ':') evidence = true;
             otherLines = true;
