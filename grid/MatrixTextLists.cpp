@@ -213,7 +213,8 @@ TextTable ParseCall(std::string_view name, std::string_view arguments, TableBoun
 
 TextTable ParseNestedList(std::string_view text, TableBound bound) {
     text = WithoutAssignment(Trim(text));
-    while (!text.empty() && (text.back() == ';' || IsBlank(text.back())))
+    // The end of a statement: ";" in Octave, MATLAB and Mathematica, "$" in Maxima.
+    while (!text.empty() && (text.back() == ';' || text.back() == '$' || IsBlank(text.back())))
         text.remove_suffix(1);
     if (text.empty()) return TextTable();
 

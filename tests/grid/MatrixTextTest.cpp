@@ -214,7 +214,8 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"mathematica", "{{1.5, -2}, {3, 4.5*^-3}}", {{"1.5", "-2"}, {"3", "4.5E-3"}}},
         // maxima 5.46.0: string(matrix([1/2,3],[-4,1.5e-7])) and [[1,2],[3,4]]
         Sample{"maxima", "matrix([1/2,3],[-4,1.5E-7])", {{"0.5", "3"}, {"-4", "1.5E-7"}}},
-        Sample{"maxima_list", "[[1,2],[3,4]]", {{"1", "2"}, {"3", "4"}}}),
+        Sample{"maxima_list", "[[1,2],[3,4]]", {{"1", "2"}, {"3", "4"}}},
+        Sample{"maxima_assignment", "m: matrix([1,2],[3,4])$", {{"1", "2"}, {"3", "4"}}}),
     SampleName);
 
 // LaTeX environments.
