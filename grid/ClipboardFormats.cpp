@@ -3,9 +3,13 @@
 #include <QMimeData>
 #include <utility>
 
+#include "MatrixText.h"
+
 namespace ClipboardFormats {
 
 TextTable ParsePlainText(std::string_view text, TableBound bound) {
+    // A matrix as a program prints it or a paper writes it: one entry per cell.
+    if (TextTable matrix = MatrixText::Parse(text, bound); matrix.RowsRead() > 0) return matrix;
     const std::string_view trimmed = Trim(text);
     if (trimmed.starts_with('[') && trimmed.ends_with(']')) {
         // Bracketed text that is no matrix is taken as it stands.

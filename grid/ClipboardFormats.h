@@ -22,8 +22,9 @@ inline constexpr const char* kLibreOfficeTsv = "application/x-libreoffice-tsvc";
 inline constexpr const char* kHtml = "text/html";
 inline constexpr const char* kPlainText = "text/plain";
 
-// Plain text as the user may have copied it from anywhere: a bracketed matrix when it is
-// one, CSV when it clearly is (no tabs, the same number of fields on every line), else TSV.
+// Plain text as the user may have copied it from anywhere: a matrix as programs print it
+// and people write it (MatrixText), a bracketed matrix, CSV when it clearly is (no tabs,
+// the same number of fields on every line), else TSV.
 TextTable ParsePlainText(std::string_view text, TableBound bound = {});
 // Text that may arrive as UTF-16 (with or without a byte order mark) or UTF-8.
 QString DecodeText(const QByteArray& bytes);
