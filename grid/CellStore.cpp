@@ -70,7 +70,10 @@ CellStore::Ref CellStore::Append(std::string_view text) {
         position = 0;
     } else {
         if (fill_ + stored > blocks_[current_].size) {
-            nextBlockSize_ = std::min(blocks_[current_].size * 2, kMaxBlockSize);
+            // The next block doubles the current one, and is at least large enough for
+            // the text that did not fit.
+            nextBlockSize_ = std::min(std::max(blocks_[current_].size * 2, std::bit_ceil(stored)),
+                                      kMaxBlockSize);
             AddBlock(nextBlockSize_);
             current_ = blocks_.size() - 1;
             fill_ = 0;
