@@ -3,12 +3,15 @@
 #   make test   installs what is missing, builds the test suite under the sanitizers and runs it
 # and, for measuring:
 #   make bench  builds optimised and runs every benchmark in bench/
+#   make fuzz   builds the fuzz targets with clang and runs each for FUZZ_SECONDS
 # and, for installing on Debian:
 #   make package  builds build/package/kelvara_<version>_<arch>.deb from the optimised build
 
 JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 120
+FUZZERS = number_reader paste xls_writer
 
-.PHONY: all deps run test bench build package format clean
+.PHONY: all deps run test bench fuzz build package format clean
 
 all: build
 
@@ -33,6 +36,11 @@ bench: build
 package: build
 	cpack --config build/release/CPackConfig.cmake -B build/package
 	@ls build/package/*.deb
+
+fuzz: deps
+	cmake -G Ninja -S fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build build/fuzz -j $(JOBS)
+	for f in $(FUZZERS); do fuzz/run-fuzzer build/fuzz/fuzz_$$f fuzz/corpus/$$f $(FUZZ_SECONDS) || exit 1; done
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

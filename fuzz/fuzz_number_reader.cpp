@@ -1,0 +1,38 @@
+// The number readers on any text: NumericValue and ReadDimension end in a number or in
+// run-time error 6, never anything else, and a text that the exports take for a number
+// reads as the same finite value in the engine.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include "CellNumber.h"
+#include "NumericValue.h"
+#include "RuntimeError.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    double value = 0;
+    bool overflow = false;
+    try {
+        value = NumericValue(text);
+        if (!std::isfinite(value)) std::abort();
+    } catch (const RuntimeError& error) {
+        if (error.Number() != RuntimeError::Overflow) std::abort();
+        overflow = true;
+    }
+    try {
+        const std::int16_t count = ReadDimension(text);
+        if (overflow || count != std::floor(value)) std::abort();
+    } catch (const RuntimeError& error) {
+        if (error.Number() != RuntimeError::Overflow) std::abort();
+    }
+    if (const auto number = CellNumber(text)) {
+        if (!std::isfinite(*number)) std::abort();
+        // A plain decimal number without blanks inside reads alike in both.
+        if (text.find_first_of(" \t\n\r\v\fdD") == std::string_view::npos &&
+            (overflow || value != *number))
+            std::abort();
+    }
+    return 0;
+}
