@@ -62,7 +62,9 @@ QString DecodeText(const QByteArray& bytes) {
 
 QMimeData* ToMimeData(const TextTable& table) {
     auto* mime = new QMimeData;
-    mime->setText(QString::fromUtf8(EncodeTsv(table)));
+    const QByteArray text = QByteArray::fromStdString(EncodeTsv(table));
+    mime->setText(QString::fromUtf8(text));
+    mime->setData(kUtf8Text, text);
     mime->setHtml(QString::fromUtf8(EncodeHtml(table)));
     return mime;
 }

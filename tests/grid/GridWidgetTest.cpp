@@ -73,12 +73,16 @@ protected:
 };
 
 TEST_F(GridWidgetTest, CopyPasteBetweenGridsKeepsTexts) {
-    const Cells cells{{"1", "tab\there"}, {"\"q\"", "two\nlines"}};
+    const Cells cells{{"1", "tab\there"}, {"\"q\"", "two\nlines"}, {"5 €", ""}};
     Fill(cells);
-    Select(1, 1, 2, 2);
+    Select(1, 1, 3, 2);
     EXPECT_TRUE(grid.Selection().Copy());
     const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
-    EXPECT_EQ(mime->text(), "1\t\"tab\there\"\n\"\"\"q\"\"\"\t\"two\nlines\"\n");
+    // Rows end in CR LF as spreadsheets write them; a line break inside a cell stays LF.
+    const QString text =
+        QStringLiteral("1\t\"tab\there\"\r\n\"\"\"q\"\"\"\t\"two\nlines\"\r\n5 €\t\r\n");
+    EXPECT_EQ(mime->text(), text);
+    EXPECT_EQ(mime->data("text/plain;charset=utf-8"), text.toUtf8());
     EXPECT_TRUE(mime->html().contains("<table"));
 
     GridWidget other;
@@ -86,7 +90,7 @@ TEST_F(GridWidgetTest, CopyPasteBetweenGridsKeepsTexts) {
     other.SetCols(5);
     Select(2, 2, 2, 2, &other);
     EXPECT_TRUE(other.Selection().Paste());
-    EXPECT_EQ(Texts(other, 2, 2, 2, 2), cells);
+    EXPECT_EQ(Texts(other, 2, 2, 3, 2), cells);
 }
 
 // A block pasted near the corner stops at the grid's edges; one value fills the selection.
@@ -136,10 +140,10 @@ TEST_F(GridWidgetTest, ShortcutsAndDeleteActOnTheSelectionAndUndoOneStepEach) {
     const Cells before = Texts(grid, 1, 1, 3, 3);
     Select(1, 1, 1, 2);
     Key(Qt::Key_X, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), "a\tb\n");
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "a\tb\r\n");
     Select(2, 1, 2, 1);
     Key(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), "c\n");
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "c\r\n");
     Select(2, 1, 2, 2);
     Key(Qt::Key_Delete);
     Select(3, 3, 3, 3);

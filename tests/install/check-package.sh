@@ -34,9 +34,9 @@ field() { dpkg-deb --field "$deb" "$1"; }
     fail "Architecture is '$(field Architecture)'"
 [ "$(field Section)" = math ] || fail "Section is '$(field Section)'"
 [ -n "$(field Description)" ] || fail "no Description"
-# The dependencies read off the program: the C library, Qt's widgets and chmlib.
+# The dependencies read off the program: the C library, Qt's widgets, chmlib and xcb.
 depends=$(field Depends)
-for library in libc6 libqt6widgets6 libqt6gui6 libqt6core6 libchm1 'libstdc\+\+6'; do
+for library in libc6 libqt6widgets6 libqt6gui6 libqt6core6 libchm1 libxcb1 'libstdc\+\+6'; do
     echo "$depends" | grep -Eq "(^|, )$library( |,|$)" || fail "Depends lacks $library: $depends"
 done
 

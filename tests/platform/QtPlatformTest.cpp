@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "Latin1Selection.h"
 #include "QtPlatform.h"
 
 namespace {
@@ -109,6 +110,21 @@ INSTANTIATE_TEST_SUITE_P(
                         true, false},
         AssociationCase{"other_type", "config/mimeapps.list",
                         "[Default Applications]\ntext/html=viewer.desktop\n", true, false}));
+
+// What Latin-1 lacks is spelt in it (or escaped), never turned into "?".
+TEST(Latin1SelectionTest, SpellsWhatLatin1Lacks) {
+    const std::pair<const char*, QByteArray> cases[] = {
+        {"5 \u20AC", "5 EUR"},
+        {"\u2212"
+         "1\u2026",
+         "-1..."},
+        {"caf\u00E9 \u00BD", "caf\xE9 \xBD"},
+        {"\uFB01 \uFF15", "fi 5"},  // a ligature and a full-width digit
+        {"\U0001F600\u4E00", "\\x{1F600}\\x{4E00}"},
+    };
+    for (const auto& [text, latin1] : cases)
+        EXPECT_EQ(Latin1Selection::ToLatin1(QString::fromUtf8(text)), latin1) << text;
+}
 
 // Presses a button of the message box that opens next; keeps its title, text and buttons.
 struct SimulatedUser {
