@@ -227,16 +227,24 @@ bool frmMatrix::focusNextPrevChild(bool next) {
 // The dimension boxes' characters and key releases reach their handlers from here. Tab
 // and Shift+Tab move the focus on before any box sees them: they type nothing.
 bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
-    const bool press = event->type() == QEvent::KeyPress;
-    if (!press && event->type() != QEvent::KeyRelease)
-        return QMainWindow::eventFilter(watched, event);
-    const auto* key = static_cast<const QKeyEvent*>(event);
-    if (IsFocusKey(*key)) return false;
     const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
     int box = 0;
     while (box < 5 && boxes[box] != watched)
         ++box;
     if (box == 5) return QMainWindow::eventFilter(watched, event);
+
+    if (event->type() == QEvent::InputMethodQuery) {
+        // No input method composes text into a box past its filter: the box tells the
+        // desktop that it takes none, and gets plain keys instead.
+        watched->event(event);
+        auto* query = static_cast<QInputMethodQueryEvent*>(event);
+        if (query->queries() & Qt::ImEnabled) query->setValue(Qt::ImEnabled, false);
+        return true;
+    }
+    const bool press = event->type() == QEvent::KeyPress;
+    if (!press && event->type() != QEvent::KeyRelease) return false;
+    const auto* key = static_cast<const QKeyEvent*>(event);
+    if (IsFocusKey(*key)) return false;
 
     if (press) {
         int code = KeyCodes::CharacterCode(*key);

@@ -340,9 +340,14 @@ TEST_F(DrivingTest, TypedCaptionInAListIsNoChoice) {
 }
 
 // Text dragged from elsewhere and dropped onto a box is refused; the box keeps its text.
-TEST_F(DrivingTest, BoxesRefuseDroppedText) {
+// Nor does an input method compose text into a box past its character filter.
+TEST_F(DrivingTest, BoxesRefuseDroppedAndComposedText) {
     QWindow* handle = window->windowHandle();
     for (QLineEdit* box : {window->Text1, window->Text2, window->Text3, window->Text4}) {
+        QInputMethodQueryEvent query(Qt::ImEnabled | Qt::ImCursorRectangle);
+        QApplication::sendEvent(box, &query);
+        EXPECT_FALSE(query.value(Qt::ImEnabled).toBool());
+        EXPECT_TRUE(query.value(Qt::ImCursorRectangle).isValid());
         const QPoint at = box->mapTo(window.get(), box->rect().center());
         QMimeData text;
         text.setText("77");
