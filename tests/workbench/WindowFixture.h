@@ -14,11 +14,6 @@
 #include "RecordingPlatform.h"
 #include "frmMatrix.h"
 
-// Texts print as texts in failure messages.
-inline void PrintTo(const QString& text, std::ostream* os) {
-    *os << '"' << text.toStdString() << '"';
-}
-
 class WindowTest : public ::testing::Test {
 protected:
     void SetUp() override { window = std::make_unique<frmMatrix>(platform); }
