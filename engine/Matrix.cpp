@@ -1,12 +1,21 @@
 #include "Matrix.h"
 
+#include <new>
+
+#include "MemoryCheck.h"
 #include "RuntimeError.h"
 
 void Matrix::Resize(std::int16_t rows, std::int16_t cols) {
     if (rows < 1 || cols < 1) throw RuntimeError(RuntimeError::SubscriptOutOfRange);
     // Release first so that a failed allocation leaves an unsized matrix, not a stale one.
     Release();
-    data_.assign(std::size_t(rows) * std::size_t(cols), 0.0);
+    const std::size_t count = std::size_t(rows) * std::size_t(cols);
+    MemoryCheck::Require(count * sizeof(double));
+    try {
+        data_.assign(count, 0.0);
+    } catch (const std::bad_alloc&) {
+        throw RuntimeError(RuntimeError::OutOfMemory);
+    }
     rows_ = rows;
     cols_ = cols;
 }

@@ -142,39 +142,36 @@ TextTable Tiled(const TextTable& table, int down, int across) {
     return tiles;
 }
 
-// Carries out edits of several rectangles as one step of the undo history when the grid
-// keeps one.
-class Recorder {
-public:
-    Recorder(QUndoStack* undo, const QString& label, bool several) : undo_(undo) {
-        macro_ = undo_ != nullptr && several;
-        if (macro_) undo_->beginMacro(label);
+// Carries out an edit, as a step of the undo history when the grid keeps one.
+void Record(QUndoStack* undo, CellBlockCommand* command) {
+    if (undo != nullptr) {
+        PushEdit(*undo, command);
+    } else {
+        command->redo();
+        delete command;
     }
-    ~Recorder() {
-        if (macro_) undo_->endMacro();
-    }
-    Recorder(const Recorder&) = delete;
-    Recorder& operator=(const Recorder&) = delete;
+}
 
-    void Record(CellBlockCommand* command) {
-        if (undo_ != nullptr) {
-            undo_->push(command);
-        } else {
-            command->redo();
-            delete command;
+// One edit that writes `text` into every cell of the pieces and leaves the cells between
+// them as they are, so that several ranges are undone in one step. The step itself keeps
+// only the cells it changes.
+CellBlockCommand* FillPieces(GridModel& model, const QList<QRect>& pieces, std::string_view text,
+                             const QString& label) {
+    if (pieces.size() == 1)
+        return new CellBlockCommand(model, pieces[0], CellBlock::Filled(std::string(text)), label);
+    QRect box;
+    for (const QRect& piece : pieces)
+        box |= piece;
+    TextTable texts;
+    for (int row = box.top(); row <= box.bottom(); ++row) {
+        texts.NewRow();
+        for (int col = box.left(); col <= box.right(); ++col) {
+            const bool selected = std::any_of(pieces.begin(), pieces.end(),
+                                              [&](const QRect& p) { return p.contains(col, row); });
+            texts.AddCell(selected ? text : model.CellUtf8(row, col));
         }
     }
-
-private:
-    QUndoStack* undo_;
-    bool macro_ = false;
-};
-
-void Empty(GridModel& model, QUndoStack* undo, const QList<QRect>& pieces, const QString& label) {
-    Recorder recorder(undo, label, pieces.size() > 1);
-    for (const QRect& piece : pieces)
-        recorder.Record(
-            new CellBlockCommand(model, piece, CellBlock::Filled(std::string()), label));
+    return new CellBlockCommand(model, box, CellBlock::FromTable(std::move(texts)), label);
 }
 
 }  // namespace
@@ -192,7 +189,7 @@ bool GridSelection::Copy() {
 
 bool GridSelection::Cut() {
     if (!Copy()) return false;
-    Empty(model_, undo_, Pieces(model_, ranges_), QStringLiteral("Cut"));
+    Record(undo_, FillPieces(model_, Pieces(model_, ranges_), {}, QStringLiteral("Cut")));
     return true;
 }
 
@@ -201,23 +198,26 @@ bool GridSelection::Paste() {
     if (pieces.isEmpty()) return false;
     const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
     if (mime == nullptr) return false;
-    TextTable table = ClipboardFormats::FromMimeData(*mime);
+    // The clipboard is read only as far as the grid reaches from the selection's corner.
+    QRect box;
+    for (const QRect& piece : pieces)
+        box |= piece;
+    const TableBound bound{model_.Rows() - box.top(), model_.Cols() - box.left()};
+    TextTable table = ClipboardFormats::FromMimeData(*mime, bound);
     if (table.IsEmpty()) return false;
 
     const QString label = QStringLiteral("Paste");
-    if (table.Rows() == 1 && table.Cols() == 1) {
+    if (table.Rows() == 1 && table.Cols() == 1 && !table.Cropped()) {
         // One value fills every selected cell.
-        Recorder recorder(undo_, label, pieces.size() > 1);
-        for (const QRect& piece : pieces)
-            recorder.Record(new CellBlockCommand(
-                model_, piece, CellBlock::Filled(std::string(table.Cell(0, 0))), label));
+        Record(undo_, FillPieces(model_, pieces, table.Cell(0, 0), label));
         if (select_ && pieces.size() == 1) select_(pieces[0]);
         return true;
     }
     if (pieces.size() > 1) return false;
 
     const QRect cells = pieces[0];
-    const bool fills = cells.height() % table.Rows() == 0 && cells.width() % table.Cols() == 0 &&
+    const bool fills = !table.Cropped() && cells.height() % table.Rows() == 0 &&
+                       cells.width() % table.Cols() == 0 &&
                        (cells.height() > table.Rows() || cells.width() > table.Cols());
     QRect target;
     CellBlock texts;
@@ -229,12 +229,13 @@ bool GridSelection::Paste() {
         target = QRect(cells.left(), cells.top(), table.Cols(), table.Rows());
         texts = CellBlock::FromTable(std::move(table));
     }
-    Recorder(undo_, label, false)
-        .Record(new CellBlockCommand(model_, target, std::move(texts), label));
+    Record(undo_, new CellBlockCommand(model_, target, std::move(texts), label));
     if (select_) select_(InsideGrid(model_, target));
     return true;
 }
 
 void GridSelection::ClearContents() {
-    Empty(model_, undo_, Pieces(model_, ranges_), QStringLiteral("Clear"));
+    const QList<QRect> pieces = Pieces(model_, ranges_);
+    if (pieces.isEmpty()) return;
+    Record(undo_, FillPieces(model_, pieces, {}, QStringLiteral("Clear")));
 }
