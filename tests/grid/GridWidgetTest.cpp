@@ -162,6 +162,22 @@ TEST_F(GridWidgetTest, ShortcutsAndDeleteActOnTheSelectionAndUndoOneStepEach) {
     EXPECT_EQ(grid.UndoStack().count(), 0);
 }
 
+// Overlapping ranges are emptied cell by cell, once, and undone in one step.
+TEST_F(GridWidgetTest, SeveralRangesClearExactlyTheirCellsAsOneUndoStep) {
+    Fill({{"a", "b", "c"}, {"d", "e", "f"}, {"g", "h", "i"}});
+    Select(1, 1, 2, 1);
+    auto* model = grid.View().model();
+    for (const auto& [r1, c1, r2, c2] : {std::tuple(2, 1, 2, 2), std::tuple(3, 3, 3, 3)})
+        grid.View().selectionModel()->select(
+            QItemSelection(model->index(r1 - 1, c1 - 1), model->index(r2 - 1, c2 - 1)),
+            QItemSelectionModel::Select);
+    Key(Qt::Key_Delete);
+    EXPECT_EQ(Texts(grid, 1, 1, 3, 3), (Cells{{"", "b", "c"}, {"", "", "f"}, {"g", "h", ""}}));
+    EXPECT_EQ(grid.UndoStack().count(), 1);
+    grid.UndoStack().undo();
+    EXPECT_EQ(Texts(grid, 1, 1, 3, 3), (Cells{{"a", "b", "c"}, {"d", "e", "f"}, {"g", "h", "i"}}));
+}
+
 TEST_F(GridWidgetTest, DisabledGridTakesNoInputAndRaisesNoEvents) {
     QSignalSpy spy(&grid, &GridWidget::MouseDown);
     grid.SetEnabled(false);
