@@ -4,12 +4,14 @@
 # and, for measuring:
 #   make bench  builds optimised and runs every benchmark in bench/
 #   make fuzz   builds the fuzz targets with clang and runs each for FUZZ_SECONDS
+# and, for installing on Debian:
+#   make package  builds build/package/kelvara_<version>_<arch>.deb from the optimised build
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 120
 FUZZERS = number_reader paste xls_writer
 
-.PHONY: all deps run test bench fuzz build format clean
+.PHONY: all deps run test bench fuzz build package format clean
 
 all: build
 
@@ -30,6 +32,10 @@ test: deps
 
 bench: build
 	@scripts/run-benchmarks build/release/bench
+
+package: build
+	cpack --config build/release/CPackConfig.cmake -B build/package
+	@ls build/package/*.deb
 
 fuzz: deps
 	cmake -G Ninja -S fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo

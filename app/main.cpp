@@ -3,6 +3,7 @@
 
 #include <QApplication>
 
+#include "Latin1Selection.h"
 #include "QtPlatform.h"
 #include "frmMatrix.h"
 
@@ -11,6 +12,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Kelvara"));
     QApplication::setApplicationVersion(QStringLiteral("2.0"));
 
+    Latin1Selection::Install();
     QtPlatform platform;
     frmMatrix window(platform);
     // A run-time error during start-up ends the program before the window is shown.

@@ -3,9 +3,13 @@
 #include <QMimeData>
 #include <utility>
 
+#include "MatrixText.h"
+
 namespace ClipboardFormats {
 
 TextTable ParsePlainText(std::string_view text, TableBound bound) {
+    // A matrix as a program prints it or a paper writes it: one entry per cell.
+    if (TextTable matrix = MatrixText::Parse(text, bound); matrix.RowsRead() > 0) return matrix;
     const std::string_view trimmed = Trim(text);
     if (trimmed.starts_with('[') && trimmed.ends_with(']')) {
         // Bracketed text that is no matrix is taken as it stands.
@@ -58,7 +62,9 @@ QString DecodeText(const QByteArray& bytes) {
 
 QMimeData* ToMimeData(const TextTable& table) {
     auto* mime = new QMimeData;
-    mime->setText(QString::fromUtf8(EncodeTsv(table)));
+    const QByteArray text = QByteArray::fromStdString(EncodeTsv(table));
+    mime->setText(QString::fromUtf8(text));
+    mime->setData(kUtf8Text, text);
     mime->setHtml(QString::fromUtf8(EncodeHtml(table)));
     return mime;
 }

@@ -21,14 +21,17 @@ namespace ClipboardFormats {
 inline constexpr const char* kLibreOfficeTsv = "application/x-libreoffice-tsvc";
 inline constexpr const char* kHtml = "text/html";
 inline constexpr const char* kPlainText = "text/plain";
+inline constexpr const char* kUtf8Text = "text/plain;charset=utf-8";
 
-// Plain text as the user may have copied it from anywhere: a bracketed matrix when it is
-// one, CSV when it clearly is (no tabs, the same number of fields on every line), else TSV.
+// Plain text as the user may have copied it from anywhere: a matrix as programs print it
+// and people write it (MatrixText), a bracketed matrix, CSV when it clearly is (no tabs,
+// the same number of fields on every line), else TSV.
 TextTable ParsePlainText(std::string_view text, TableBound bound = {});
 // Text that may arrive as UTF-16 (with or without a byte order mark) or UTF-8.
 QString DecodeText(const QByteArray& bytes);
 
-// The clipboard contents for a table, and the table that clipboard contents hold
+// The clipboard contents for a table (the tab-separated text, also as UTF-8 under its own
+// type, and the HTML table), and the table that clipboard contents hold
 // (LibreOffice's tab-separated format first, then plain text, then an HTML table), holding
 // no more than the bound.
 QMimeData* ToMimeData(const TextTable& table);

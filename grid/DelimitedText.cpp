@@ -120,7 +120,7 @@ std::string EncodeTsv(const TextTable& table) {
             else
                 out.append(text);
         }
-        out.push_back('\n');
+        out.append("\r\n");  // each row ends as spreadsheets end it
     }
     return out;
 }

@@ -31,7 +31,8 @@
 // data columns 1..LastUsedCol, without the heading row and column. An empty grid gives a
 // valid file with no cells.
 //
-// Workbook (.xls): one worksheet "Sheet1", the used range from cell A1; see XlsWriter.
+// Workbook (.xls): one worksheet "Sheet1", the used range from cell A1; a range wider than
+// 256 columns or longer than 65,536 rows goes on over further worksheets; see XlsWriter.
 //
 // Web page: an HTML5 page in UTF-8 that is also well-formed XML, holding one <table> with a
 // <tr> per row and a <td> per cell; number cells carry class="n" and are right-aligned.
@@ -481,7 +482,6 @@ bool WritePdf(const UsedRange& range, QIODevice& device) {
 
 bool ExportExcel(const GridModel& grid, const QString& path) {
     const GridCells cells(grid);
-    if (cells.Rows() > Xls::MaxRows || cells.Cols() > Xls::MaxCols) return false;
     return SaveFile(path, [&](QSaveFile& file) {
         return Xls::WriteWorkbook(
             cells, [&](std::string_view bytes) { return WriteAll(file, bytes); },

@@ -124,6 +124,15 @@ public:
     // Lays out the headings and the cell area again at once.
     void Relayout() { updateGeometries(); }
 
+    // Ends the edit in progress, if any, keeping the typed text; the current cell stays.
+    void CommitEdit() {
+        if (state() != EditingState) return;
+        QLineEdit* editor = static_cast<GridDelegate*>(itemDelegate())->lastEditor;
+        if (editor == nullptr) return;
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+
     // Moves the current cell one row down or up, for Enter and Shift+Enter.
     bool StepVertically(bool up) { return MoveCurrent(up ? MoveUp : MoveDown); }
     PressHook pressHook;
@@ -380,6 +389,7 @@ void GridWidget::Parts::FollowScroll() {
 bool GridWidget::Parts::AskAndExport(const QString& path, const QString& filter,
                                      const QString& title,
                                      bool (*exporter)(const GridModel&, const QString&)) {
+    view->CommitEdit();
     QString destination = path;
     if (destination.isEmpty()) {
         if (!asker) return false;
@@ -517,30 +527,39 @@ QUndoStack& GridWidget::UndoStack() {
     return p_->undo;
 }
 
+void GridWidget::CommitEdit() {
+    p_->view->CommitEdit();
+}
+
+// Every selected range, or the current cell when nothing is selected. The cells a paste
+// writes become the selection, with the current cell at their top-left.
 GridSelection GridWidget::Selection() {
-    const QItemSelection selection = p_->view->selectionModel()->selection();
-    QRect cells;
-    if (!selection.isEmpty()) {
-        int top = selection.first().top(), bottom = selection.first().bottom();
-        int left = selection.first().left(), right = selection.first().right();
-        for (const QItemSelectionRange& range : selection) {
-            top = std::min(top, range.top());
-            bottom = std::max(bottom, range.bottom());
-            left = std::min(left, range.left());
-            right = std::max(right, range.right());
-        }
-        cells = QRect(QPoint(left + 1, top + 1), QPoint(right + 1, bottom + 1));
-    } else if (const QModelIndex current = p_->view->currentIndex(); current.isValid()) {
-        cells = QRect(current.column() + 1, current.row() + 1, 1, 1);
+    CommitEdit();
+    QList<QRect> ranges;
+    for (const QItemSelectionRange& range : p_->view->selectionModel()->selection())
+        ranges.append(QRect(range.left() + 1, range.top() + 1, range.width(), range.height()));
+    if (ranges.isEmpty()) {
+        if (const QModelIndex current = p_->view->currentIndex(); current.isValid())
+            ranges.append(QRect(current.column() + 1, current.row() + 1, 1, 1));
     }
-    return GridSelection(p_->model, cells, &p_->undo);
+    return GridSelection(p_->model, std::move(ranges), &p_->undo, [this](QRect cells) {
+        if (cells.isEmpty()) return;
+        QAbstractItemModel* shown = p_->view->model();
+        const QModelIndex first = shown->index(cells.top() - 1, cells.left() - 1);
+        const QModelIndex last = shown->index(cells.bottom() - 1, cells.right() - 1);
+        QItemSelectionModel* selection = p_->view->selectionModel();
+        selection->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+        selection->select(QItemSelection(first, last), QItemSelectionModel::ClearAndSelect);
+    });
 }
 
 bool GridWidget::ExportExcel(const QString& path, bool, bool) {
+    CommitEdit();
     return GridExport::ExportExcel(p_->model, path);
 }
 
 bool GridWidget::ExportHtml(const QString& path) {
+    CommitEdit();
     return GridExport::ExportHtml(p_->model, path);
 }
 

@@ -27,9 +27,15 @@ public:
 
     // Convenience forwards to the model, so window code reads like the grid's own API.
     int Rows() const { return Model().Rows(); }
-    void SetRows(int rows) { Model().SetRows(rows); }
+    void SetRows(int rows) {
+        CommitEdit();
+        Model().SetRows(rows);
+    }
     int Cols() const { return Model().Cols(); }
-    void SetCols(int cols) { Model().SetCols(cols); }
+    void SetCols(int cols) {
+        CommitEdit();
+        Model().SetCols(cols);
+    }
     QString CellText(int row, int col) const { return Model().CellText(row, col); }
     void SetCellText(int row, int col, const QString& text) { Model().SetCellText(row, col, text); }
     void SetCellFormat(int row, int col, int format) { Model().SetCellFormat(row, col, format); }
@@ -40,6 +46,10 @@ public:
     bool Enabled() const { return Model().Enabled(); }
     void SetEnabled(bool enabled) { Model().SetEnabled(enabled); }
     void SetSheetFlag(bool on) { Model().SetSheetFlag(on); }
+
+    // Ends the cell edit in progress, keeping what was typed. Every command that reads or
+    // changes the grid does this first: the edit commands, the exports and a new size.
+    void CommitEdit();
 
     // The currently selected cells, as a fresh object for one edit operation.
     GridSelection Selection();

@@ -11,6 +11,7 @@
 #include <QStringList>
 
 #include "AppIcon.h"
+#include "DialogFont.h"
 #include "HomePage.h"
 #include "Platform.h"
 
@@ -31,13 +32,6 @@ QFont FontOf(const QStringList& families, QFont::StyleHint hint, double points) 
     font.setStyleHint(hint);
     font.setPointSizeF(points);
     return font;
-}
-
-QFont DialogFont() {
-    return FontOf(
-        {QStringLiteral("MS Sans Serif"), QStringLiteral("Microsoft Sans Serif"),
-         QStringLiteral("Liberation Sans"), QStringLiteral("Arial"), QStringLiteral("DejaVu Sans")},
-        QFont::SansSerif, 8.25);
 }
 
 QFont ArialFont(double points) {

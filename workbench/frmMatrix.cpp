@@ -1,4 +1,6 @@
-// The main window: its controls and menus, start-up, and every handler of the window.
+// The main window's behaviour: start-up, the handlers of its controls and menus, and the
+// filter that hands the boxes' keys to their handlers. The form itself is laid out in
+// frmMatrixForm.cpp.
 
 #include "frmMatrix.h"
 
@@ -6,24 +8,19 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QGroupBox>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
-#include <QMenuBar>
 #include <QRadioButton>
-#include <QScreen>
 #include <QSignalBlocker>
-#include <QTableView>
 #include <cmath>
 #include <string_view>
 
 #include "About.h"
-#include "AppIcon.h"
 #include "Checked.h"
 #include "GridWidget.h"
+#include "HelpWindow.h"
 #include "HomePage.h"
 #include "KeyCodes.h"
 #include "MatrixModule.h"
@@ -43,22 +40,13 @@ const QString ProductMessage = QStringLiteral(
 const QString ExportedMessage = QStringLiteral("Export successful\uFF01");
 const QString NoteTitle = QStringLiteral("Note");
 
+// The property of a drop-down list that marks text typed into its edit field.
+const char* const TypedText = "typedText";
+
 // Data columns of the grids are this wide, in the grid's own unit.
 constexpr int DataColumnWidth = 60;
 // Heading cells carry this display code.
 constexpr int HeadingFormat = 10;
-
-// Positions and sizes are laid out in twips (1/1440 inch) and drawn at the screen's
-// logical resolution, so the window keeps its proportions on any screen.
-int Px(int twips) {
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const double dpi = screen ? screen->logicalDotsPerInch() : 96.0;
-    return static_cast<int>(std::lround(twips * dpi / 1440.0));
-}
-
-void Place(QWidget* widget, int left, int top, int width, int height) {
-    widget->setGeometry(Px(left), Px(top), Px(width), Px(height));
-}
 
 // The decimal separator of the user's regional settings, when it is one plain character.
 char DecimalSeparator() {
@@ -124,6 +112,12 @@ bool ConstantKey(int code) {
     return ConstantCharacter(code);
 }
 
+// Tab and Shift+Tab (which arrives as Backtab) move the focus between controls.
+bool IsFocusKey(const QKeyEvent& key) {
+    return (key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab) &&
+           !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+}
+
 int ShiftState(Qt::KeyboardModifiers modifiers) {
     return (modifiers & Qt::ShiftModifier ? 1 : 0) | (modifiers & Qt::ControlModifier ? 2 : 0) |
            (modifiers & Qt::AltModifier ? 4 : 0);
@@ -133,203 +127,17 @@ int ShiftState(Qt::KeyboardModifiers modifiers) {
 
 frmMatrix::frmMatrix(Platform& platform, QWidget* parent)
     : QMainWindow(parent), platform_(platform) {
-    setObjectName(QStringLiteral("frmMatrix"));
-    setAccessibleName(ProgramName);
-    setWindowTitle(ProgramName);
-    setWindowIcon(AppIcon());
-    setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                   Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
-                   Qt::WindowCloseButtonHint);
-    QFont dialogFont = QApplication::font();
-    dialogFont.setPointSizeF(8.25);
-    dialogFont.setWeight(QFont::Normal);
-    dialogFont.setStretch(QFont::SemiCondensed);
-    setFont(dialogFont);
-
-    CreateControls();
-    CreateMenus();
+    SetupForm();
     sheet_ = std::make_unique<ResultSheet>(Grid3->Model(), operands_, DecimalSeparator());
     ConnectHandlers();
 
     Guarded([this] { Form_Load(); });
-
-    // The client area is 7890 by 7755 twips below the menu bar, centred on the screen.
-    resize(Px(7890), Px(7755) + menuBar()->sizeHint().height());
-    if (const QScreen* screen = QGuiApplication::primaryScreen())
-        move(screen->availableGeometry().center() - rect().center());
     Option1->setFocus();
 }
 
-frmMatrix::~frmMatrix() = default;
-
-void frmMatrix::CreateControls() {
-    auto* client = new QWidget(this);
-    client->setObjectName(QStringLiteral("client"));
-    setCentralWidget(client);
-
-    QFont normal = font();
-    QFont bold = normal;
-    bold.setWeight(QFont::Bold);
-
-    auto frame = [&](QGroupBox*& box, const char* name, const QString& caption) {
-        box = new QGroupBox(caption, client);
-        box->setObjectName(QString::fromLatin1(name));
-        box->setAccessibleName(caption);
-        box->setFont(bold);  // only the caption is bold: every control inside sets its own
-    };
-    auto named = [&](QWidget* widget, const char* name, const QString& accessible) {
-        widget->setObjectName(QString::fromLatin1(name));
-        widget->setAccessibleName(accessible);
-        widget->setFont(normal);
-    };
-    auto label = [&](QLabel*& l, const char* name, const QString& caption, QWidget* buddy) {
-        l = new QLabel(caption, Frame2);
-        named(l, name, caption);
-        l->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-        if (buddy) l->setBuddy(buddy);
-    };
-    auto text = [&](QLineEdit*& t, const char* name, const QString& initial,
-                    const QString& accessible) {
-        t = new QLineEdit(initial, Frame2);
-        named(t, name, accessible);
-        t->installEventFilter(this);
-    };
-    auto grid = [&](GridWidget*& g, const char* name, QWidget* container,
-                    const QString& accessible) {
-        g = new GridWidget(container);
-        named(g, name, accessible);
-        g->View().setAccessibleName(accessible);
-    };
-
-    frame(Frame1, "Frame1", QStringLiteral("Operation"));
-    Place(Frame1, 60, 60, 7755, 1035);
-    Option1 = new QRadioButton(QStringLiteral("Computations"), Frame1);
-    named(Option1, "Option1", Option1->text());
-    Option1->setChecked(true);
-    Place(Option1, 240, 300, 1455, 195);
-    Option2 = new QRadioButton(QStringLiteral("Decompositions"), Frame1);
-    named(Option2, "Option2", Option2->text());
-    Place(Option2, 3960, 300, 1995, 195);
-    for (QComboBox** combo : {&Combo1, &Combo2}) {
-        *combo = new QComboBox(Frame1);
-        (*combo)->setEditable(true);
-        (*combo)->setInsertPolicy(QComboBox::NoInsert);  // typed text adds no entry
-        (*combo)->setCompleter(nullptr);                 // nor is it completed
-    }
-    named(Combo1, "Combo1", QStringLiteral("Computation"));
-    Place(Combo1, 480, 540, 2655, 315);
-    named(Combo2, "Combo2", QStringLiteral("Decomposition"));
-    Place(Combo2, 4200, 540, 2655, 315);
-
-    frame(Frame2, "Frame2", QStringLiteral("Matrix"));
-    Place(Frame2, 60, 1140, 7755, 3015);
-    text(Text1, "Text1", QStringLiteral("3"), QStringLiteral("Rows of matrix A"));
-    Place(Text1, 2040, 240, 555, 285);
-    text(Text2, "Text2", QStringLiteral("3"), QStringLiteral("Columns of matrix A"));
-    Place(Text2, 3060, 240, 615, 285);
-    text(Text3, "Text3", QStringLiteral("3"), QStringLiteral("Rows of matrix B"));
-    Place(Text3, 5880, 240, 555, 285);
-    text(Text4, "Text4", QStringLiteral("3"), QStringLiteral("Columns of matrix B"));
-    Place(Text4, 6960, 240, 615, 285);
-    text(Text5, "Text5", QStringLiteral("1"), QStringLiteral("Constant"));
-    Place(Text5, 1080, 2580, 915, 315);
-    label(Label3, "Label3", QStringLiteral("Matrix A"), nullptr);
-    Place(Label3, 240, 300, 1035, 195);
-    label(Label2, "Label2", QStringLiteral("Rows"), Text1);
-    Place(Label2, 1560, 300, 435, 195);
-    label(Label1, "Label1", QStringLiteral("Cols"), Text2);
-    Place(Label1, 2700, 300, 315, 195);
-    label(Label4, "Label4", QStringLiteral("Matrix B"), nullptr);
-    Place(Label4, 4080, 300, 855, 195);
-    label(Label6, "Label6", QStringLiteral("Rows"), Text3);
-    Place(Label6, 5400, 300, 435, 195);
-    label(Label5, "Label5", QStringLiteral("Cols"), Text4);
-    Place(Label5, 6600, 300, 315, 195);
-    label(Label7, "Label7", QStringLiteral("Constant"), Text5);
-    Place(Label7, 240, 2640, 675, 195);
-    grid(Grid1, "Grid1", Frame2, QStringLiteral("Entries of matrix A"));
-    Place(Grid1, 180, 600, 3555, 1875);
-    grid(Grid2, "Grid2", Frame2, QStringLiteral("Entries of matrix B"));
-    Place(Grid2, 4020, 600, 3555, 1935);
-
-    frame(Frame3, "Frame3", QStringLiteral("Result"));
-    Place(Frame3, 60, 4200, 7755, 3495);
-    grid(Grid3, "Grid3", Frame3, QStringLiteral("Result sheet"));
-    Place(Grid3, 180, 300, 7395, 3075);
-
-    // Keyboard order: the operation choice, the input grids, the five boxes, the result.
-    const QList<QWidget*> order = {Option1,        Option2,        Combo1, Combo2,
-                                   &Grid1->View(), &Grid2->View(), Text1,  Text2,
-                                   Text3,          Text4,          Text5,  &Grid3->View()};
-    for (qsizetype i = 0; i + 1 < order.size(); ++i)
-        setTabOrder(order[i], order[i + 1]);
-    for (QWidget* w : {static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2),
-                       static_cast<QWidget*>(Frame3), static_cast<QWidget*>(Label1),
-                       static_cast<QWidget*>(Label2), static_cast<QWidget*>(Label3),
-                       static_cast<QWidget*>(Label4), static_cast<QWidget*>(Label5),
-                       static_cast<QWidget*>(Label6), static_cast<QWidget*>(Label7)})
-        w->setFocusPolicy(Qt::NoFocus);
-}
-
-void frmMatrix::CreateMenus() {
-    auto menu = [&](QMenu* m, const char* name) {
-        m->setObjectName(QString::fromLatin1(name));
-        m->setAccessibleName(m->title());
-        return m;
-    };
-    auto item = [&](QMenu* m, const char* name, const QString& caption) {
-        QAction* a = m->addAction(caption);
-        a->setObjectName(QString::fromLatin1(name));
-        return a;
-    };
-    auto separator = [&](QMenu* m, const char* name) {
-        QAction* a = m->addSeparator();
-        a->setObjectName(QString::fromLatin1(name));
-        return a;
-    };
-
-    mnuFile = menu(menuBar()->addMenu(QStringLiteral("File")), "mnuFile");
-    mnuFileExport = menu(mnuFile->addMenu(QStringLiteral("Export Results")), "mnuFileExport");
-    mnuFileExcel = item(mnuFileExport, "mnuFileExcel", QStringLiteral("Excel WorkBook..."));
-    mnuFileExpHtml = item(mnuFileExport, "mnuFileExpHtml", QStringLiteral("HTML ..."));
-    mnuFileExpPDF = item(mnuFileExport, "mnuFileExpPDF", QStringLiteral("PDF"));
-    mnuFileCSV = item(mnuFileExport, "mnuFileCSV", QStringLiteral("CSV"));
-    mnuFileXML = item(mnuFileExport, "mnuFileXML", QStringLiteral("XML"));
-    mnuFileSep = separator(mnuFile, "mnuFileSep");
-    mnuFileExit = item(mnuFile, "mnuFileExit", QStringLiteral("Exit"));
-
-    // Compute is a command of the menu bar itself, with no submenu.
-    mnuComp = menuBar()->addAction(QStringLiteral("Compute"));
-    mnuComp->setObjectName(QStringLiteral("mnuComp"));
-
-    mnuHelp = menu(menuBar()->addMenu(QStringLiteral("Help")), "mnuHelp");
-    mnuHelpCont = item(mnuHelp, "mnuHelpCont", QStringLiteral("Contents..."));
-    mnuHelpHome = item(mnuHelp, "mnuHelpHome", QStringLiteral("Home Page"));
-    mnuHelpSep = separator(mnuHelp, "mnuHelpSep");
-    mnuHelpAbout = item(mnuHelp, "mnuHelpAbout", QStringLiteral("About"));
-    menuBar()->setObjectName(QStringLiteral("menuBar"));
-    menuBar()->setAccessibleName(QStringLiteral("Menu bar"));
-
-    // The grids' context menus never show in the menu bar.
-    auto editMenu = [&](QMenu*& m, const char* name, const QString& caption, QAction*& cut,
-                        QAction*& copy, QAction*& paste, QAction*& del) {
-        m = menu(new QMenu(caption, this), name);
-        const QString prefix = QString::fromLatin1(name);
-        cut = item(m, "", QStringLiteral("Cut"));
-        copy = item(m, "", QStringLiteral("Copy"));
-        paste = item(m, "", QStringLiteral("Paste"));
-        del = item(m, "", QStringLiteral("Delete"));
-        cut->setObjectName(prefix + QStringLiteral("Cut"));
-        copy->setObjectName(prefix + QStringLiteral("Copy"));
-        paste->setObjectName(prefix + QStringLiteral("Paste"));
-        del->setObjectName(prefix + QStringLiteral("Del"));
-    };
-    editMenu(mnuG1E, "mnuG1E", QStringLiteral("Grid1Edit"), mnuG1ECut, mnuG1ECopy, mnuG1EPaste,
-             mnuG1EDel);
-    editMenu(mnuG2E, "mnuG2E", QStringLiteral("Grid2Edit"), mnuG2ECut, mnuG2ECopy, mnuG2EPaste,
-             mnuG2EDel);
-    editMenu(mnuG3E, "mnuG3E", QStringLiteral("Grid3Edit"), mnuG3ECut, mnuG3ECopy, mnuG3EPaste,
-             mnuG3EDel);
+// No handler runs while the controls are taken down.
+frmMatrix::~frmMatrix() {
+    ended_ = true;
 }
 
 // Every handler of the window is connected here, each through the run-time-error guard.
@@ -368,6 +176,21 @@ void frmMatrix::ConnectHandlers() {
     connect(Option2, &QRadioButton::toggled, this, [this](bool selected) {
         if (selected) Guarded([this] { Option2_Click(); });
     });
+
+    // Typing into a list's edit field chooses nothing; choosing an entry from the list, or
+    // setting one from code, is a choice again. Neither Enter nor leaving the edit field
+    // turns typed text into a choice, even when it reads like an entry.
+    for (QComboBox* combo : {Combo1, Combo2}) {
+        QLineEdit* edit = combo->lineEdit();
+        disconnect(edit, SIGNAL(returnPressed()), combo, nullptr);
+        disconnect(edit, SIGNAL(editingFinished()), combo, nullptr);
+        connect(edit, &QLineEdit::textEdited, combo,
+                [combo] { combo->setProperty(TypedText, true); });
+        connect(combo, &QComboBox::currentIndexChanged, combo,
+                [combo] { combo->setProperty(TypedText, false); });
+        connect(combo, &QComboBox::activated, combo,
+                [combo] { combo->setProperty(TypedText, false); });
+    }
     // Choosing an entry, also choosing the shown one again, and setting it from code.
     connect(Combo1, &QComboBox::activated, this, [this] { Guarded([this] { Combo1_Click(); }); });
     connect(Combo1, &QComboBox::currentIndexChanged, this,
@@ -390,18 +213,40 @@ void frmMatrix::ConnectHandlers() {
         });
 }
 
-// The dimension boxes' characters and key releases reach their handlers from here.
+// The two option buttons are one stop of the keyboard: Tab and Shift+Tab reach the
+// selected one only, and the arrow keys move between them.
+bool frmMatrix::focusNextPrevChild(bool next) {
+    for (int step = 0; step < 2; ++step) {
+        if (!QMainWindow::focusNextPrevChild(next)) return false;
+        const QWidget* now = QApplication::focusWidget();
+        if ((now != Option1 || Option1->isChecked()) && (now != Option2 || Option2->isChecked()))
+            break;
+    }
+    return true;
+}
+
+// The dimension boxes' characters and key releases reach their handlers from here. Tab
+// and Shift+Tab move the focus on before any box sees them: they type nothing.
 bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
-    const bool press = event->type() == QEvent::KeyPress;
-    if (!press && event->type() != QEvent::KeyRelease)
-        return QMainWindow::eventFilter(watched, event);
     const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
     int box = 0;
     while (box < 5 && boxes[box] != watched)
         ++box;
     if (box == 5) return QMainWindow::eventFilter(watched, event);
 
+    if (event->type() == QEvent::InputMethodQuery) {
+        // No input method composes text into a box past its filter: the box tells the
+        // desktop that it takes none, and gets plain keys instead.
+        watched->event(event);
+        auto* query = static_cast<QInputMethodQueryEvent*>(event);
+        if (query->queries() & Qt::ImEnabled) query->setValue(Qt::ImEnabled, false);
+        return true;
+    }
+    const bool press = event->type() == QEvent::KeyPress;
+    if (!press && event->type() != QEvent::KeyRelease) return false;
     const auto* key = static_cast<const QKeyEvent*>(event);
+    if (IsFocusKey(*key)) return false;
+
     if (press) {
         int code = KeyCodes::CharacterCode(*key);
         if (code == 0) return false;  // a key that types nothing goes to the box as it is
@@ -596,12 +441,7 @@ void frmMatrix::DimensionCheck(QLineEdit* box, int old, const QString& message) 
 // ---- Operation choice and Compute -----------------------------------------------------
 
 int frmMatrix::ListIndex(const QComboBox& combo) {
-    const QString shown = combo.currentText();
-    if (combo.currentIndex() >= 0 && combo.itemText(combo.currentIndex()) == shown)
-        return combo.currentIndex();
-    for (int i = 0; i < combo.count(); ++i)
-        if (combo.itemText(i) == shown) return i;
-    return -1;
+    return combo.property(TypedText).toBool() ? -1 : combo.currentIndex();
 }
 
 // The inputs the chosen computation reads are enabled, the others not.
@@ -631,6 +471,10 @@ void frmMatrix::Option2_Click() {
 }
 
 void frmMatrix::mnuComp_Click() {
+    // A cell still being edited counts as typed; the sheet's own edit ends before the
+    // sheet is written anew.
+    for (GridWidget* grid : {Grid1, Grid2, Grid3})
+        grid->CommitEdit();
     Operands& s = operands_;
     s.RowsA = DimensionOf(Text1);
     s.ColsA = DimensionOf(Text2);
@@ -841,8 +685,15 @@ void frmMatrix::mnuFileXML_Click() {
 // The help file beside the program; a program in the root folder gives a doubled
 // separator, which the shell copes with.
 void frmMatrix::mnuHelpCont_Click() {
-    platform_.ShellOpen(this,
-                        platform_.ProgramFolder() + QDir::separator() + QStringLiteral("help.chm"));
+    const QString path = platform_.ProgramFolder() + QDir::separator() + QStringLiteral("help.chm");
+    if (platform_.ShellOpen(this, path)) return;
+    // The desktop has no program for compiled help: show the file in our own help window,
+    // one window however often the command is given. Without a readable file, nothing shows.
+    if (helpWindow_ == nullptr) helpWindow_ = HelpWindow::Open(path, this);
+    if (helpWindow_ == nullptr) return;
+    helpWindow_->show();
+    helpWindow_->raise();
+    helpWindow_->activateWindow();
 }
 
 void frmMatrix::mnuHelpHome_Click() {

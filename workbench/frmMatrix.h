@@ -5,6 +5,7 @@
 // platform, which reports it and ends the program.
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QString>
 #include <cstdint>
 #include <exception>
@@ -18,6 +19,7 @@
 #include "RuntimeError.h"
 
 class GridWidget;
+class HelpWindow;
 class QAction;
 class QComboBox;
 class QGroupBox;
@@ -101,8 +103,9 @@ public:
     void mnuHelpHome_Click();
     void mnuHelpAbout_Click();
 
-    // The list position of a drop-down list: the entry whose text the edit field shows,
-    // or -1 when the text is no entry.
+    // The list position of a drop-down list: the entry last chosen from the list (with
+    // the mouse or the arrow keys, or set from code), or -1 when nothing is chosen: text
+    // typed into the edit field is no choice, even when it reads like an entry.
     static int ListIndex(const QComboBox& combo);
 
     Operands& Operand() { return operands_; }
@@ -174,8 +177,10 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
+    void SetupForm();  // the form's properties, controls and menus (frmMatrixForm.cpp)
     void CreateControls();
     void CreateMenus();
     void ConnectHandlers();
@@ -191,4 +196,5 @@ private:
     Operands operands_;
     std::unique_ptr<ResultSheet> sheet_;
     bool ended_ = false;
+    QPointer<HelpWindow> helpWindow_;  // our own help window, while it is open
 };

@@ -156,7 +156,7 @@ const Rows kAwkward = {{"1", "-2.5E-07", ""},
 
 TEST(ClipboardEncoding, TsvUsesSpreadsheetQuoting) {
     EXPECT_EQ(EncodeTsv(TextTable::FromVectors({{"a", "b\"c"}, {"x\ty", ""}})),
-              "a\t\"b\"\"c\"\n\"x\ty\"\t\n");
+              "a\t\"b\"\"c\"\r\n\"x\ty\"\t\r\n");
     EXPECT_EQ(ParseTsv(EncodeTsv(TextTable::FromVectors(kAwkward))).ToVectors(), kAwkward);
 }
 

@@ -246,13 +246,14 @@ TEST_F(Export, EmptyGridGivesValidEmptyFiles) {
     EXPECT_TRUE(PdfText(Exported(GridExport::ExportPdf, "e.pdf")).has_value());
 }
 
-TEST_F(Export, WorkbookBeyondBiff8LimitsAnswersFalseAndKeepsTheOldFile) {
+TEST_F(Export, WorkbookBeyondOneWorksheetContinuesOnTheNext) {
     for (const auto& [row, col] : {std::pair{65537, 1}, std::pair{1, 257}}) {
         GridModel grid;
         grid.SetCellText(row, col, QStringLiteral("x"));
-        WriteText(Path("old.xls"), "previous");
-        EXPECT_FALSE(GridExport::ExportExcel(grid, Path("old.xls")));
-        EXPECT_EQ(ReadAll(Path("old.xls")), "previous");
+        ASSERT_TRUE(GridExport::ExportExcel(grid, Path("wide.xls")));
+        const XlsSheet second = ReadXls(Path("wide.xls").toStdString(), 0, 1);
+        EXPECT_EQ(second.sheetCount, 2u);
+        EXPECT_EQ(second.At(0, 0).text, "x");
     }
 }
 

@@ -73,12 +73,16 @@ protected:
 };
 
 TEST_F(GridWidgetTest, CopyPasteBetweenGridsKeepsTexts) {
-    const Cells cells{{"1", "tab\there"}, {"\"q\"", "two\nlines"}};
+    const Cells cells{{"1", "tab\there"}, {"\"q\"", "two\nlines"}, {"5 €", ""}};
     Fill(cells);
-    Select(1, 1, 2, 2);
+    Select(1, 1, 3, 2);
     EXPECT_TRUE(grid.Selection().Copy());
     const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
-    EXPECT_EQ(mime->text(), "1\t\"tab\there\"\n\"\"\"q\"\"\"\t\"two\nlines\"\n");
+    // Rows end in CR LF as spreadsheets write them; a line break inside a cell stays LF.
+    const QString text =
+        QStringLiteral("1\t\"tab\there\"\r\n\"\"\"q\"\"\"\t\"two\nlines\"\r\n5 €\t\r\n");
+    EXPECT_EQ(mime->text(), text);
+    EXPECT_EQ(mime->data("text/plain;charset=utf-8"), text.toUtf8());
     EXPECT_TRUE(mime->html().contains("<table"));
 
     GridWidget other;
@@ -86,7 +90,7 @@ TEST_F(GridWidgetTest, CopyPasteBetweenGridsKeepsTexts) {
     other.SetCols(5);
     Select(2, 2, 2, 2, &other);
     EXPECT_TRUE(other.Selection().Paste());
-    EXPECT_EQ(Texts(other, 2, 2, 2, 2), cells);
+    EXPECT_EQ(Texts(other, 2, 2, 3, 2), cells);
 }
 
 // A block pasted near the corner stops at the grid's edges; one value fills the selection.
@@ -136,10 +140,10 @@ TEST_F(GridWidgetTest, ShortcutsAndDeleteActOnTheSelectionAndUndoOneStepEach) {
     const Cells before = Texts(grid, 1, 1, 3, 3);
     Select(1, 1, 1, 2);
     Key(Qt::Key_X, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), "a\tb\n");
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "a\tb\r\n");
     Select(2, 1, 2, 1);
     Key(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), "c\n");
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "c\r\n");
     Select(2, 1, 2, 2);
     Key(Qt::Key_Delete);
     Select(3, 3, 3, 3);
@@ -156,6 +160,22 @@ TEST_F(GridWidgetTest, ShortcutsAndDeleteActOnTheSelectionAndUndoOneStepEach) {
     // Shrinking the grid drops cells the history refers to: the history starts afresh.
     grid.SetRows(3);
     EXPECT_EQ(grid.UndoStack().count(), 0);
+}
+
+// Overlapping ranges are emptied cell by cell, once, and undone in one step.
+TEST_F(GridWidgetTest, SeveralRangesClearExactlyTheirCellsAsOneUndoStep) {
+    Fill({{"a", "b", "c"}, {"d", "e", "f"}, {"g", "h", "i"}});
+    Select(1, 1, 2, 1);
+    auto* model = grid.View().model();
+    for (const auto& [r1, c1, r2, c2] : {std::tuple(2, 1, 2, 2), std::tuple(3, 3, 3, 3)})
+        grid.View().selectionModel()->select(
+            QItemSelection(model->index(r1 - 1, c1 - 1), model->index(r2 - 1, c2 - 1)),
+            QItemSelectionModel::Select);
+    Key(Qt::Key_Delete);
+    EXPECT_EQ(Texts(grid, 1, 1, 3, 3), (Cells{{"", "b", "c"}, {"", "", "f"}, {"g", "h", ""}}));
+    EXPECT_EQ(grid.UndoStack().count(), 1);
+    grid.UndoStack().undo();
+    EXPECT_EQ(Texts(grid, 1, 1, 3, 3), (Cells{{"a", "b", "c"}, {"d", "e", "f"}, {"g", "h", "i"}}));
 }
 
 TEST_F(GridWidgetTest, DisabledGridTakesNoInputAndRaisesNoEvents) {

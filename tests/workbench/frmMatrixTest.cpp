@@ -10,6 +10,7 @@
 #include <QScreen>
 #include <QTableView>
 
+#include "About.h"
 #include "HomePage.h"
 #include "WindowFixture.h"
 
@@ -45,31 +46,71 @@ TEST_F(WindowTest, StartsWithAPlusBOnThreeByThreeGrids) {
     EXPECT_EQ(w.Grid3->Column(9).Width(), 60);
 }
 
-TEST_F(WindowTest, ControlsAreNamedPlacedInTwipsAndVisitedInOrder) {
+// Control, its container, Left, Top, Width, Height in twips.
+struct Placement {
+    const char* name;
+    const char* container;
+    int left, top, width, height;
+};
+void PrintTo(const Placement& c, std::ostream* os) {
+    *os << c.name;
+}
+class PlacementTest : public WindowTest, public ::testing::WithParamInterface<Placement> {};
+
+TEST_P(PlacementTest, ControlSitsWhereTheFormPutsIt) {
+    const Placement& c = GetParam();
     const double scale = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 1440.0;
     auto px = [&](int twips) { return static_cast<int>(std::lround(twips * scale)); };
+    auto* widget = window->findChild<QWidget*>(c.name);
+    ASSERT_NE(widget, nullptr);
+    EXPECT_EQ(widget->parentWidget()->objectName().toStdString(), c.container);
+    EXPECT_EQ(widget->geometry(), QRect(px(c.left), px(c.top), px(c.width), px(c.height)));
+    EXPECT_FALSE(widget->accessibleName().isEmpty());
+    // The dialog font everywhere, bold for the frame captions only.
+    EXPECT_EQ(widget->font().families(), window->font().families());
+    EXPECT_EQ(widget->font().pointSizeF(), 8.25);
+    EXPECT_EQ(widget->font().bold(), QString(c.name).startsWith("Frame"));
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Form, PlacementTest, ::testing::Values(
+    Placement{"Frame1", "client", 60, 60, 7755, 1035},
+    Placement{"Option1", "Frame1", 240, 300, 1455, 195},
+    Placement{"Option2", "Frame1", 3960, 300, 1995, 195},
+    Placement{"Combo1", "Frame1", 480, 540, 2655, 315},
+    Placement{"Combo2", "Frame1", 4200, 540, 2655, 315},
+    Placement{"Frame2", "client", 60, 1140, 7755, 3015},
+    Placement{"Label3", "Frame2", 240, 300, 1035, 195},
+    Placement{"Label2", "Frame2", 1560, 300, 435, 195},
+    Placement{"Text1", "Frame2", 2040, 240, 555, 285},
+    Placement{"Label1", "Frame2", 2700, 300, 315, 195},
+    Placement{"Text2", "Frame2", 3060, 240, 615, 285},
+    Placement{"Label4", "Frame2", 4080, 300, 855, 195},
+    Placement{"Label6", "Frame2", 5400, 300, 435, 195},
+    Placement{"Text3", "Frame2", 5880, 240, 555, 285},
+    Placement{"Label5", "Frame2", 6600, 300, 315, 195},
+    Placement{"Text4", "Frame2", 6960, 240, 555, 285},
+    Placement{"Grid1", "Frame2", 180, 600, 3555, 1875},
+    Placement{"Grid2", "Frame2", 4020, 600, 3555, 1935},
+    Placement{"Label7", "Frame2", 240, 2640, 675, 195},
+    Placement{"Text5", "Frame2", 1080, 2580, 915, 315},
+    Placement{"Frame3", "client", 60, 4200, 7755, 3495},
+    Placement{"Grid3", "Frame3", 180, 300, 7395, 3075}),
+    [](const auto& info) { return std::string(info.param.name); });
+// clang-format on
+
+TEST_F(WindowTest, ClientAreaAndFontMatchTheAboutBox) {
+    const double scale = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 1440.0;
     window->show();
-    EXPECT_EQ(window->centralWidget()->size(), QSize(px(7890), px(7755)));
-    EXPECT_EQ(window->Text1->geometry(), QRect(px(2040), px(240), px(555), px(285)));
-    EXPECT_EQ(window->Grid2->geometry(), QRect(px(4020), px(600), px(3555), px(1935)));
-    EXPECT_TRUE(window->Frame1->font().bold());
-    EXPECT_FALSE(window->Option1->font().bold());
-    for (const char* name : {"Frame2", "Option2", "Combo1", "Label1", "Label7", "Text5", "Grid3"}) {
-        auto* widget = window->findChild<QWidget*>(name);
-        ASSERT_NE(widget, nullptr) << name;
-        EXPECT_FALSE(widget->accessibleName().isEmpty()) << name;
-    }
-    const std::vector<QWidget*> order = {
-        window->Option1,        window->Option2,        window->Combo1, window->Combo2,
-        &window->Grid1->View(), &window->Grid2->View(), window->Text1,  window->Text2,
-        window->Text3,          window->Text4,          window->Text5,  &window->Grid3->View()};
-    std::vector<QWidget*> visited;
-    QWidget* at = window->Option1;
-    do {
-        if (std::find(order.begin(), order.end(), at) != order.end()) visited.push_back(at);
-        at = at->nextInFocusChain();
-    } while (at != window->Option1);
-    EXPECT_EQ(visited, order);
+    EXPECT_EQ(window->centralWidget()->size(),
+              QSize(std::lround(7890 * scale), std::lround(7755 * scale)));
+    EXPECT_EQ(window->font().families().value(0).toStdString(), "MS Sans Serif");
+    About about(platform);
+    EXPECT_EQ(window->font().families(), about.font().families());
+    // Both windows draw with the same family at the same size, whichever was found.
+    const QFontInfo shown(window->Text1->font()), inAbout(about.font());
+    EXPECT_EQ(shown.family(), inAbout.family());
+    EXPECT_EQ(shown.pointSizeF(), inAbout.pointSizeF());
 }
 
 TEST_F(WindowTest, MenuBarHoldsComputeBetweenFileAndHelp) {
