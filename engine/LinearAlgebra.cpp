@@ -284,6 +284,19 @@ void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB
     Kernels::CheckTraversal(rowsA, colsB, C);
     const std::ptrdiff_t m = rowsA, n = colsB, depth = std::max<std::int16_t>(colsA, 0);
     // Each element is the plain sum over k in ascending order, starting from 0.
+    if (&C != &A && &C != &B) {
+        // Straight into C's rows (C is checked to cover them, and shares no elements with
+        // the operands).
+        double* c = C.RowData(1);
+        const std::ptrdiff_t ldc = C.Cols();
+        for (std::ptrdiff_t i = 0; i < m; ++i)
+            std::fill(c + i * ldc, c + i * ldc + n, 0.0);
+        if (depth > 0)
+            Kernels::MultiplyInto(Kernels::Update::Add, m, n, depth, A.RowData(1), A.Cols(),
+                                  B.RowData(1), B.Cols(), c, ldc);
+        if (!Kernels::AllFinite(c, m, n, ldc)) RaiseOverflow();
+        return;
+    }
     Kernels::Scratch buffer(Kernels::Scratch::Result, std::size_t(m * n));
     double* product = buffer.Data();
     std::fill(product, product + m * n, 0.0);
