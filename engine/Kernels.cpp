@@ -181,6 +181,10 @@ void SubtractScaled(double* y, const double* x, double s, std::ptrdiff_t count) 
     if (count > 0) VectorPaths::Active().subtractScaled(y, x, s, count);
 }
 
+double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return count > 0 ? VectorPaths::Active().subtractScaledMax(y, x, s, count) : -1.0;
+}
+
 void AddScaled(double* y, const double* x, double s, std::ptrdiff_t count) {
     if (count > 0) VectorPaths::Active().addScaled(y, x, s, count);
 }

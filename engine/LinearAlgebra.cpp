@@ -198,19 +198,23 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
     return n;
 }
 
-// Solves L U X = P for the columns [c0, c1) of x (n by n, row-major), P being the
-// permuted identity already in x: forward with the unit lower triangle, then backward
-// with the upper one, both blocked so that most of the work is a product of blocks.
+// Solves L U X = I for the columns [c0, c1) of x (n by n, row-major), which holds the
+// identity: forward with the unit lower triangle, then backward with the upper one, both
+// blocked so that most of the work is a product of blocks. In the forward pass the rows
+// above c0 of these columns are zero, and stay +0 (x - l * (+0) is x, and +0 for x = +0), so
+// the updates they would make are left out without changing a bit.
 void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t c0,
                   std::ptrdiff_t c1) {
     const std::ptrdiff_t width = c1 - c0;
-    for (std::ptrdiff_t i0 = 0; i0 < n; i0 += kPanel) {
+    for (std::ptrdiff_t i0 = (c0 / kPanel) * kPanel; i0 < n; i0 += kPanel) {
         const std::ptrdiff_t i1 = std::min(i0 + kPanel, n);
-        Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0, lu + i0 * n, n, x + c0,
-                              n, x + i0 * n + c0, n, false);
-        for (std::ptrdiff_t i = i0 + 1; i < i1; ++i) {
+        if (i0 > c0)
+            Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0 - c0,
+                                  lu + i0 * n + c0, n, x + c0 * n + c0, n, x + i0 * n + c0, n,
+                                  false);
+        for (std::ptrdiff_t i = std::max(i0, c0) + 1; i < i1; ++i) {
             double* row = x + i * n;
-            for (std::ptrdiff_t k = i0; k < i; ++k)
+            for (std::ptrdiff_t k = std::max(i0, c0); k < i; ++k)
                 Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
         }
     }
@@ -265,9 +269,16 @@ std::ptrdiff_t CountPivots(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a, 
             for (std::ptrdiff_t i = r0; i < r1; ++i) {
                 double* row = a + i * cols;
                 const double l = row[k] / pivot;
-                Kernels::SubtractScaled(row + k + 1, pivotRow + k + 1, l, cols - k - 1);
+                // The update and the search for the row's largest magnitude in one pass;
+                // the first column holding it is found afterwards.
+                const double largest =
+                    Kernels::SubtractScaledMax(row + k + 1, pivotRow + k + 1, l, cols - k - 1);
                 row[k] = 0.0;
-                largestOf(i, k + 1);
+                std::ptrdiff_t where = k + 1;
+                while (where < cols && !(std::fabs(row[where]) == largest))
+                    ++where;
+                rowLargest[std::size_t(i)] = largest;
+                rowWhere[std::size_t(i)] = where < cols ? where : k + 1;
             }
         });
     }
@@ -348,7 +359,9 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
     bool odd;
     if (FactorPartialPivot(n, a.data, tolerance, pivots, odd) < n) return false;
     if (!Kernels::AllFinite(a.data, n, n, n)) RaiseOverflow();
-    // X starts as the identity with the row exchanges of the elimination applied.
+    // P A = L U, so inv A = inv U inv L P: X0 = inv U inv L is solved from the identity,
+    // and column k of X0 becomes column order[k] of the inverse, order being the row
+    // exchanges of the elimination applied to 0 .. n - 1.
     std::vector<std::ptrdiff_t> order(static_cast<std::size_t>(n));
     for (std::ptrdiff_t k = 0; k < n; ++k)
         order[std::size_t(k)] = k;
@@ -358,18 +371,54 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
     double* x = inverse.Data();
     std::fill(x, x + n * n, 0.0);
     for (std::ptrdiff_t k = 0; k < n; ++k)
-        x[std::size_t(k * n + order[std::size_t(k)])] = 1.0;
-    // The columns of the inverse are independent: the workers share them out.
+        x[std::size_t(k * n + k)] = 1.0;
+    // The columns are independent. Column c costs about (n - c)^2 / 2 + n^2 / 2 steps, so
+    // they go in groups of equal cost, more groups than workers, taken as workers come free.
+    struct Groups {
+        std::ptrdiff_t n;
+        const double* lu;
+        double* x;
+        std::vector<std::ptrdiff_t> bounds{0};
+    } groups{n, a.data, x};
     const double work = 2.0 * double(n) * double(n) * double(n);
-    Parallel::ForRange(0, n, 16, work, [&](std::ptrdiff_t c0, std::ptrdiff_t c1) {
-        SolveColumns(n, a.data, x, c0, c1);
-    });
+    const std::ptrdiff_t count = work < 8.0e6 ? 1 : 4 * std::ptrdiff_t(Parallel::Workers());
+    const double nn = double(n) * double(n);
+    double total = 0;
+    for (std::ptrdiff_t c = 0; c < n; ++c)
+        total += (double(n - c) * double(n - c) + nn) / 2;
+    double done = 0;
+    for (std::ptrdiff_t c = 0; c + 1 < n; ++c) {
+        done += (double(n - c) * double(n - c) + nn) / 2;
+        const auto next = std::ptrdiff_t(groups.bounds.size());
+        if ((c + 1) % 8 == 0 && next < count && done >= total * double(next) / double(count))
+            groups.bounds.push_back(c + 1);
+    }
+    groups.bounds.push_back(n);
+    Parallel::RunParts(
+        std::ptrdiff_t(groups.bounds.size()) - 1,
+        [](void* context, std::ptrdiff_t part) {
+            const Groups& g = *static_cast<const Groups*>(context);
+            SolveColumns(g.n, g.lu, g.x, g.bounds[std::size_t(part)],
+                         g.bounds[std::size_t(part) + 1]);
+        },
+        &groups);
     // A' = S A with S = diag(2^-e), so inv A = inv A' S: column j takes the factor 2^-e(j).
-    for (std::ptrdiff_t i = 0; i < n; ++i)
-        for (std::ptrdiff_t j = 0; j < n; ++j) {
-            double& value = x[std::size_t(i * n + j)];
-            value = std::ldexp(value, -exponents[std::size_t(j)]);
+    // A product with a power of two rounds as ldexp does; ldexp itself only where the power
+    // is not a normal double.
+    std::vector<double> factors(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t j = 0; j < n; ++j) {
+        const int e = exponents[std::size_t(j)];
+        factors[std::size_t(j)] = e > -1000 && e < 1000 ? std::ldexp(1.0, -e) : 0.0;
+    }
+    std::vector<double> row(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+        double* xi = x + i * n;
+        for (std::ptrdiff_t k = 0; k < n; ++k) {
+            const std::size_t j = std::size_t(order[std::size_t(k)]);
+            row[j] = factors[j] != 0.0 ? xi[k] * factors[j] : std::ldexp(xi[k], -exponents[j]);
         }
+        std::copy(row.begin(), row.end(), xi);
+    }
     if (!Kernels::AllFinite(x, n, n, n)) RaiseOverflow();
     if (Inv.Covers(n, n)) {
         for (std::int16_t i = 1; i <= n; ++i)

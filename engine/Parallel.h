@@ -28,7 +28,7 @@ void RunParts(std::ptrdiff_t parts, void (*task)(void* context, std::ptrdiff_t p
 // Runs body(begin, end) over contiguous parts of [first, last), one part per worker, each
 // part starting at a multiple of `grain` from first and the parts as equal as the grain
 // allows. `work` estimates the floating-point operations of the whole range: below about a
-// quarter of a million, waking a worker costs more than it saves and the range runs on the
+// million, waking a worker costs more than it saves and the range runs on the
 // calling thread. The body must not throw.
 template <class Body>
 void ForRange(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t grain, double work,
@@ -38,7 +38,7 @@ void ForRange(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t grain, d
     grain = std::max<std::ptrdiff_t>(grain, 1);
     const std::ptrdiff_t units = (count + grain - 1) / grain;
     std::ptrdiff_t parts = std::min<std::ptrdiff_t>(Workers(), units);
-    if (work < 2.5e5) parts = 1;
+    if (work < 1.0e6) parts = 1;
     if (parts <= 1) {
         body(first, last);
         return;

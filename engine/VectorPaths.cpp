@@ -12,6 +12,9 @@ namespace {
 using V2 = double __attribute__((vector_size(16)));
 using V4 = double __attribute__((vector_size(32)));
 using V8 = double __attribute__((vector_size(64)));
+using I2 = long long __attribute__((vector_size(16)));
+using I4 = long long __attribute__((vector_size(32)));
+using I8 = long long __attribute__((vector_size(64)));
 
 // The bodies below are written once and inlined into one function per instruction set
 // (the `target` attribute), where the compiler turns the vector types into registers of
@@ -77,6 +80,35 @@ template <class V, bool Subtract>
     }
 }
 
+// A magnitude only replaces the largest so far when it is strictly larger, so a NaN never
+// does; the largest is exact, the same on every path.
+template <class V, class I>
+[[gnu::always_inline]] inline double RowMaxBody(double* y, const double* x, double s,
+                                                std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
+    const I magnitudeBits = I{} + 0x7FFFFFFFFFFFFFFFLL;
+    V largest = V{} - 1.0;
+    std::ptrdiff_t j = 0;
+    for (; j + W <= count; j += W) {
+        V vx, vy;
+        std::memcpy(&vx, x + j, sizeof(V));
+        std::memcpy(&vy, y + j, sizeof(V));
+        vy = vy - s * vx;
+        std::memcpy(y + j, &vy, sizeof(V));
+        const V magnitude = (V)((I)vy & magnitudeBits);
+        largest = magnitude > largest ? magnitude : largest;
+    }
+    double best = -1.0;
+    for (std::ptrdiff_t lane = 0; lane < W; ++lane)
+        if (largest[lane] > best) best = largest[lane];
+    for (; j < count; ++j) {
+        y[j] = y[j] - s * x[j];
+        const double magnitude = __builtin_fabs(y[j]);
+        if (magnitude > best) best = magnitude;
+    }
+    return best;
+}
+
 // ---- SSE2: 4 x 4 tiles --------------------------------------------------------------------
 
 void TileSse2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
@@ -92,6 +124,9 @@ void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count)
 }
 void RowSse2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, false>(y, x, s, count);
+}
+double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return RowMaxBody<V2, I2>(y, x, s, count);
 }
 
 // ---- AVX2: 6 x 8 tiles (12 accumulators of 16 registers) -------------------------------
@@ -111,6 +146,9 @@ KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptr
 KELVARA_AVX2 void RowAvx2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, false>(y, x, s, count);
 }
+KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return RowMaxBody<V4, I4>(y, x, s, count);
+}
 
 // ---- AVX-512: 8 x 16 tiles (16 accumulators of 32 registers) ---------------------------
 
@@ -129,13 +167,17 @@ KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std:
 KELVARA_AVX512 void RowAvx512Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, false>(y, x, s, count);
 }
+KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return RowMaxBody<V8, I8>(y, x, s, count);
+}
 
-constexpr Kernels kSse2{Path::Sse2,      4,         4, TileSse2Add, TileSse2Subtract,
-                        RowSse2Subtract, RowSse2Add};
-constexpr Kernels kAvx2{Path::Avx2,      6,         8, TileAvx2Add, TileAvx2Subtract,
-                        RowAvx2Subtract, RowAvx2Add};
-constexpr Kernels kAvx512{Path::Avx512,      8,           16, TileAvx512Add, TileAvx512Subtract,
-                          RowAvx512Subtract, RowAvx512Add};
+constexpr Kernels kSse2{Path::Sse2,      4,          4,         TileSse2Add, TileSse2Subtract,
+                        RowSse2Subtract, RowSse2Add, RowSse2Max};
+constexpr Kernels kAvx2{Path::Avx2,      6,          8,         TileAvx2Add, TileAvx2Subtract,
+                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max};
+constexpr Kernels kAvx512{
+    Path::Avx512, 8,           16, TileAvx512Add, TileAvx512Subtract, RowAvx512Subtract,
+    RowAvx512Add, RowAvx512Max};
 
 const Kernels& For(Path path) {
     switch (path) {

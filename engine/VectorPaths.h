@@ -15,6 +15,7 @@ enum class Path { Sse2, Avx2, Avx512 };
 using TileFunction = void (*)(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
                               std::ptrdiff_t ldc);
 using RowFunction = void (*)(double* y, const double* x, double s, std::ptrdiff_t count);
+using RowMaxFunction = double (*)(double* y, const double* x, double s, std::ptrdiff_t count);
 
 struct Kernels {
     Path path;
@@ -25,6 +26,8 @@ struct Kernels {
     TileFunction add, subtract;
     // y[j] = y[j] - s * x[j], and y[j] = y[j] + s * x[j], for j = 0 .. count - 1.
     RowFunction subtractScaled, addScaled;
+    // subtractScaled, answering the largest |y[j]| afterwards (NaNs left out; -1 if none).
+    RowMaxFunction subtractScaledMax;
 };
 
 // The kernels in use: the widest path of this processor unless a test chose another.

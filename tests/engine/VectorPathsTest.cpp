@@ -23,14 +23,14 @@ struct Results {
 };
 
 Results ComputeAll() {
-    constexpr std::int16_t n = 131, wide = 157;
-    const Matrix A = RandomMatrix(n, wide, 21), B = RandomMatrix(wide, 139, 22);
+    constexpr std::int16_t n = 163, wide = 181;
+    const Matrix A = RandomMatrix(n, wide, 21), B = RandomMatrix(wide, 149, 22);
     Matrix square = RandomMatrix(n, n, 23);
     for (std::int16_t i = 1; i <= n; ++i)
         square.At(i, i) += 4.0;  // clear of zero pivots, so LU succeeds
     Results out;
-    out.product = Sized(n, 139);
-    MultiplyMatrices(n, wide, 139, A, B, out.product);
+    out.product = Sized(n, 149);
+    MultiplyMatrices(n, wide, 149, A, B, out.product);
     out.determinant = MatrixDeterminant(n, square);
     out.inverse = Sized(n, n);
     out.inverted = InvertMatrix(n, square, out.inverse);

@@ -111,9 +111,9 @@ TEST_F(WindowTest, ComputeReadsCountsAsTypedAndKeepsBWhileItIsDisabled) {
 // 6, with the cells before it read.
 TEST_F(WindowTest, ANumberTooLargeInALargeOperandRaisesOverflow) {
     window->Combo1->setCurrentIndex(0);
-    Type(window->Text1, "60");
+    Type(window->Text1, "80");
     Type(window->Text2, "50");
-    for (int i = 1; i <= 60; ++i)
+    for (int i = 1; i <= 80; ++i)
         for (int j = 1; j <= 50; ++j)
             window->Grid1->SetCellText(i, j, QString::number(i * 100 + j));
     window->Grid1->SetCellText(41, 7, "1E400");

@@ -209,11 +209,11 @@ INSTANTIATE_TEST_SUITE_P(Writers, ResultSheetReportTest, ::testing::ValuesIn(kRe
 TEST(ResultSheetTest, LargeBlocksHoldEachElementsText) {
     Sheet s;
     s.o.RowsB = 25;
-    Matrix A = Numbered(150, 25), B = Numbered(25, 30), C = Numbered(150, 30);
+    Matrix A = Numbered(150, 25), B = Numbered(25, 90), C = Numbered(150, 90);
     for (std::int16_t i = 1; i <= 150; ++i)
-        for (std::int16_t j = 1; j <= 30; ++j)
+        for (std::int16_t j = 1; j <= 90; ++j)
             C.At(i, j) = (i * 31 + j) / 7.0 - 300;
-    s.w.ShowProductResult(150, 25, 30, A, B, C);
+    s.w.ShowProductResult(150, 25, 90, A, B, C);
     auto expectBlock = [&](int caption, const Matrix& m) {
         for (std::int16_t i = 1; i <= m.Rows(); ++i)
             for (std::int16_t j = 1; j <= m.Cols(); ++j)
@@ -224,7 +224,7 @@ TEST(ResultSheetTest, LargeBlocksHoldEachElementsText) {
     expectBlock(153, B);
     expectBlock(180, C);
     EXPECT_EQ(s.grid.CellUtf8(180, 1), "A * B =");
-    EXPECT_EQ(std::make_pair(s.grid.LastUsedRow(), s.grid.LastUsedCol()), std::make_pair(330, 31));
+    EXPECT_EQ(std::make_pair(s.grid.LastUsedRow(), s.grid.LastUsedCol()), std::make_pair(330, 91));
 }
 
 TEST(ResultSheetTest, UsesTheGivenDecimalSeparator) {
