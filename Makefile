@@ -3,10 +3,12 @@
 #   make test   installs what is missing, builds the test suite under the sanitizers and runs it
 # and, for measuring:
 #   make bench  builds optimised and runs every benchmark in bench/
+# and, for installing on Debian:
+#   make package  builds build/package/kelvara_<version>_<arch>.deb from the optimised build
 
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps run test bench build format clean
+.PHONY: all deps run test bench build package format clean
 
 all: build
 
@@ -27,6 +29,10 @@ test: deps
 
 bench: build
 	@scripts/run-benchmarks build/release/bench
+
+package: build
+	cpack --config build/release/CPackConfig.cmake -B build/package
+	@ls build/package/*.deb
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

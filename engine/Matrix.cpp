@@ -3,6 +3,7 @@
 #include <mutex>
 #include <new>
 
+#include "MemoryCheck.h"
 #include "RuntimeError.h"
 
 namespace MatrixStorage {
@@ -69,7 +70,12 @@ void Matrix::Resize(std::int16_t rows, std::int16_t cols) {
     } else {
         // Release first so that a failed allocation leaves an unsized matrix, not a stale one.
         Release();
-        data_.assign(count, 0.0);
+        MemoryCheck::Require(count * sizeof(double));
+        try {
+            data_.assign(count, 0.0);
+        } catch (const std::bad_alloc&) {
+            throw RuntimeError(RuntimeError::OutOfMemory);
+        }
     }
     rows_ = rows;
     cols_ = cols;

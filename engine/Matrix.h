@@ -30,7 +30,8 @@ class Matrix {
 public:
     Matrix() = default;
 
-    // Gives the matrix rows by cols elements, all 0.0. A count below 1 raises 9.
+    // Gives the matrix rows by cols elements, all 0.0. A count below 1 raises 9; more
+    // elements than the machine can hold raise 7.
     void Resize(std::int16_t rows, std::int16_t cols);
     // One element; outside the bounds, or on an unsized matrix, raises 9.
     double& At(std::int16_t row, std::int16_t col);

@@ -8,13 +8,15 @@
 class RuntimeError : public std::exception {
 public:
     static constexpr int Overflow = 6;
+    static constexpr int OutOfMemory = 7;
     static constexpr int SubscriptOutOfRange = 9;
     static constexpr int DivisionByZero = 11;
 
     explicit RuntimeError(int number) noexcept : number_(number) {}
 
     int Number() const noexcept { return number_; }
-    // The error's description: "Overflow", "Subscript out of range", "Division by zero".
+    // The error's description: "Overflow", "Out of memory", "Subscript out of range",
+    // "Division by zero".
     const char* what() const noexcept override;
 
 private:

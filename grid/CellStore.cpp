@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 #include <string>
+
+#include "MemoryCheck.h"
+#include "RuntimeError.h"
 
 bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
     const auto r = std::size_t(row);
@@ -22,7 +26,9 @@ bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
             const std::size_t doubled = std::max<std::size_t>(cells.capacity() * 2, 8);
             const std::size_t limit =
                 std::max<std::size_t>(std::size_t(std::max(rowWidth, 0)), c + 1);
-            cells.reserve(std::max(c + 1, std::min(doubled, limit)));
+            const std::size_t capacity = std::max(c + 1, std::min(doubled, limit));
+            Grow((capacity - cells.capacity()) * sizeof(Ref));
+            cells.reserve(capacity);
         }
         cells.resize(c + 1, 0);
     }
@@ -65,7 +71,11 @@ bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts
     auto& cells = rows_[r];
     const std::size_t end = std::size_t(firstCol) + std::size_t(last);
     if (cells.size() < end) {
-        cells.reserve(std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0))));
+        const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
+        if (capacity > cells.capacity()) {
+            Grow((capacity - cells.capacity()) * sizeof(Ref));
+            cells.reserve(capacity);
+        }
         cells.resize(end, 0);
     }
     bool changed = false, forgot = false;
@@ -82,6 +92,17 @@ bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts
     return changed;
 }
 
+// Asks the machine before each step of growth: a sheet of millions of cells ends with
+// run-time error 7 rather than with the process killed for want of memory.
+void CellStore::Grow(std::size_t bytes) {
+    constexpr std::size_t kStep = std::size_t(32) << 20;
+    if (bytes > allowance_) {
+        MemoryCheck::Require(bytes + kStep);
+        allowance_ = bytes + kStep;
+    }
+    allowance_ -= bytes;
+}
+
 void CellStore::AddBlock(std::size_t size) {
     // The smallest spare block that is large enough, if any.
     auto spare = spare_.end();
@@ -92,8 +113,13 @@ void CellStore::AddBlock(std::size_t size) {
         spare_.erase(spare);
         return;
     }
+    Grow(size);
     Block block;
-    block.bytes = std::make_unique_for_overwrite<char[]>(size);
+    try {
+        block.bytes = std::make_unique_for_overwrite<char[]>(size);
+    } catch (const std::bad_alloc&) {
+        throw RuntimeError(RuntimeError::OutOfMemory);
+    }
     block.size = size;
     blocks_.push_back(std::move(block));
 }
@@ -113,7 +139,10 @@ CellStore::Ref CellStore::Append(std::string_view text) {
         position = 0;
     } else {
         if (fill_ + stored > blocks_[current_].size) {
-            nextBlockSize_ = std::min(blocks_[current_].size * 2, kMaxBlockSize);
+            // The next block doubles the current one, and is at least large enough for
+            // the text that did not fit.
+            nextBlockSize_ = std::min(std::max(blocks_[current_].size * 2, std::bit_ceil(stored)),
+                                      kMaxBlockSize);
             AddBlock(nextBlockSize_);
             current_ = blocks_.size() - 1;
             fill_ = 0;
@@ -157,6 +186,9 @@ void CellStore::CompactIfWasteful() {
 }
 
 void CellStore::Compact() {
+    // The live texts are copied while the old blocks still hold them: ask first, so that
+    // running out of memory cannot leave the store half rebuilt.
+    MemoryCheck::Require(liveBytes_);
     std::vector<Block> old;
     old.swap(blocks_);
     const std::size_t live = liveBytes_;

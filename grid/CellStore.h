@@ -37,6 +37,9 @@ public:
     // whether any cell changed.
     bool SetRowTexts(int row, int firstCol, const std::string_view* texts, int count, int rowWidth);
 
+    // A change that needs more memory than the machine can provide raises run-time
+    // error 7 before it allocates.
+
     // Forget every cell in rows >= row, or in columns >= col.
     void DropRowsFrom(int row);
     void DropColumnsFrom(int col);
@@ -85,6 +88,7 @@ private:
 
     Ref Append(std::string_view text);
     void AddBlock(std::size_t size);
+    void Grow(std::size_t bytes);
     void Forget(Ref ref);
     void CompactIfWasteful();
     void Compact();
@@ -102,4 +106,5 @@ private:
     std::vector<std::vector<Ref>> rows_;
     std::size_t liveBytes_ = 0;
     std::size_t deadBytes_ = 0;
+    std::size_t allowance_ = 0;  // bytes the store may still grow by before asking again
 };

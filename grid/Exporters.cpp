@@ -1,5 +1,6 @@
 #include "Exporters.h"
 
+#include <QFileInfo>
 #include <QSaveFile>
 #include <algorithm>
 #include <array>
@@ -19,7 +20,8 @@
 // data columns 1..LastUsedCol, without the heading row and column. An empty grid gives a
 // valid file with no cells.
 //
-// Workbook (.xls): one worksheet "Sheet1", the used range from cell A1; see XlsWriter.
+// Workbook (.xls): one worksheet "Sheet1", the used range from cell A1; a range wider than
+// 256 columns or longer than 65,536 rows goes on over further worksheets; see XlsWriter.
 //
 // Web page: an HTML5 page in UTF-8 that is also well-formed XML, holding one <table> with a
 // <tr> per row and a <td> per cell; number cells carry class="n" and are right-aligned.
@@ -46,10 +48,18 @@
 namespace GridExport {
 namespace {
 
+// Whether an export may write to path: it names nothing yet, or an ordinary file (also
+// through a symbolic link). A device, pipe, socket or directory there is left alone; the
+// save file would otherwise replace it with an ordinary file.
+bool IsFileTarget(const QString& path) {
+    const QFileInfo target(path);
+    return !target.exists() || target.isFile();
+}
+
 // Writes a file through QSaveFile, so that a failed export never leaves a part-written file
 // nor replaces the one that was there.
 bool SaveFile(const QString& path, const std::function<bool(QSaveFile&)>& write) {
-    if (path.isEmpty()) return false;
+    if (path.isEmpty() || !IsFileTarget(path)) return false;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) return false;
     if (!write(file)) {
@@ -264,7 +274,6 @@ bool WritePdf(const UsedRange& range, QIODevice& device) {
 
 bool ExportExcel(const GridModel& grid, const QString& path) {
     const GridCells cells(grid);
-    if (cells.Rows() > Xls::MaxRows || cells.Cols() > Xls::MaxCols) return false;
     return SaveFile(path, [&](QSaveFile& file) {
         return Xls::WriteWorkbook(
             cells, [&](std::string_view bytes) { return WriteAll(file, bytes); },

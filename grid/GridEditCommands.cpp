@@ -1,6 +1,8 @@
 #include "GridEditCommands.h"
 
+#include <QUndoStack>
 #include <algorithm>
+#include <memory>
 
 #include "GridModel.h"
 
@@ -32,10 +34,6 @@ TextTable ReadCells(const GridModel& model, QRect cells) {
     return table;
 }
 
-CellBlock CellBlock::Read(const GridModel& model, QRect cells) {
-    return FromTable(ReadCells(model, cells));
-}
-
 std::string_view CellBlock::Text(int rowOffset, int colOffset) const {
     if (filled_) return table_.Cell(0, 0);
     if (rowOffset >= table_.Rows()) return {};
@@ -44,14 +42,40 @@ std::string_view CellBlock::Text(int rowOffset, int colOffset) const {
 
 CellBlockCommand::CellBlockCommand(GridModel& model, QRect cells, CellBlock texts,
                                    const QString& label)
-    : QUndoCommand(label), model_(model), cells_(cells), after_(std::move(texts)) {
-    // Only cells inside the grid are ever written, so only they are remembered.
+    : QUndoCommand(label), model_(model), cells_(cells) {
+    // Only cells inside the grid are ever written, and only those whose text differs are
+    // remembered.
     cells_ = cells_.intersected(
         QRect(1, 1, std::max(0, model.Cols() - 1), std::max(0, model.Rows() - 1)));
-    before_ = CellBlock::Read(model_, cells_);
+    before_.NewRow();
+    after_.NewRow();
+    for (int row = cells_.top(); row <= cells_.bottom(); ++row) {
+        for (int col = cells_.left(); col <= cells_.right(); ++col) {
+            const std::string_view now = model_.CellUtf8(row, col);
+            const std::string_view text = texts.Text(row - cells_.top(), col - cells_.left());
+            if (now == text) continue;
+            changed_.emplace_back(col, row);
+            before_.AddCell(now);
+            after_.AddCell(text);
+        }
+    }
+    changed_.shrink_to_fit();
 }
 
+CellBlockCommand::CellBlockCommand(CellBlockCommand& done)
+    : QUndoCommand(done.text()),
+      model_(done.model_),
+      cells_(done.cells_),
+      changed_(std::move(done.changed_)),
+      before_(std::move(done.before_)),
+      after_(std::move(done.after_)),
+      skipRedo_(true) {}
+
 void CellBlockCommand::redo() {
+    if (skipRedo_) {
+        skipRedo_ = false;
+        return;
+    }
     Write(after_);
 }
 
@@ -59,14 +83,43 @@ void CellBlockCommand::undo() {
     Write(before_);
 }
 
-void CellBlockCommand::Write(const CellBlock& texts) {
-    if (cells_.isEmpty()) return;
-    const int lastRow = std::min(cells_.bottom(), model_.Rows() - 1);
-    const int lastCol = std::min(cells_.right(), model_.Cols() - 1);
-    for (int row = cells_.top(); row <= lastRow; ++row) {
-        for (int col = cells_.left(); col <= lastCol; ++col) {
-            const std::string_view text = texts.Text(row - cells_.top(), col - cells_.left());
-            if (model_.CellUtf8(row, col) != text) model_.SetCellText(row, col, text);
-        }
+void CellBlockCommand::Write(const TextTable& texts) {
+    for (std::size_t i = 0; i < changed_.size(); ++i) {
+        const QPoint cell = changed_[i];
+        if (cell.y() < model_.Rows() && cell.x() < model_.Cols())
+            model_.SetCellText(cell.y(), cell.x(), texts.Cell(0, static_cast<int>(i)));
     }
+}
+
+std::size_t CellBlockCommand::Bytes() const {
+    return sizeof(*this) + changed_.capacity() * sizeof(QPoint) + before_.Bytes() + after_.Bytes();
+}
+
+void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget) {
+    history.push(command);
+    // The steps to keep, counted from the newest back.
+    const int count = history.count();
+    int keepFrom = count;
+    std::size_t total = 0;
+    for (int i = count - 1; i >= 0; --i) {
+        const auto* step = dynamic_cast<const CellBlockCommand*>(history.command(i));
+        if (step == nullptr) return;  // steps of other kinds cannot be moved
+        total += step->Bytes();
+        if (i < count - 1 && total > budget) break;
+        keepFrom = i;
+    }
+    if (keepFrom == 0) return;
+
+    // QUndoStack drops its oldest steps only by a count fixed while it is empty. So the
+    // steps to keep move into fresh commands, and the history starts again with them;
+    // pushing them does not carry them out a second time.
+    std::vector<std::unique_ptr<CellBlockCommand>> kept;
+    for (int i = keepFrom; i < count; ++i) {
+        auto* step =
+            const_cast<CellBlockCommand*>(static_cast<const CellBlockCommand*>(history.command(i)));
+        kept.emplace_back(new CellBlockCommand(*step));
+    }
+    history.clear();
+    for (auto& step : kept)
+        history.push(step.release());
 }

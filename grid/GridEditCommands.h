@@ -1,15 +1,19 @@
 #pragma once
-// The grid's own edits as steps of its undo history. Each step covers one rectangle of
-// cells and keeps the texts before and after in packed tables, so that a step over a
-// million cells costs a few bytes per cell.
+// The grid's own edits as steps of its undo history. Each step keeps only the cells that
+// it changes, with their texts before and after in packed tables, and the history as a
+// whole is held to a memory budget by dropping its oldest steps.
 
+#include <QPoint>
 #include <QRect>
 #include <QUndoCommand>
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "ClipboardFormats.h"
 
 class GridModel;
+class QUndoStack;
 
 // The texts of the cells in `cells` (x columns, y rows), row by row.
 TextTable ReadCells(const GridModel& model, QRect cells);
@@ -20,8 +24,6 @@ class CellBlock {
 public:
     static CellBlock Filled(std::string text);
     static CellBlock FromTable(TextTable table);
-    // The texts of the cells in `cells` (x columns, y rows) as they stand now.
-    static CellBlock Read(const GridModel& model, QRect cells);
 
     std::string_view Text(int rowOffset, int colOffset) const;
 
@@ -42,12 +44,27 @@ public:
     void undo() override;
 
     QRect Cells() const { return cells_; }
+    // Bytes of memory the step holds.
+    std::size_t Bytes() const;
 
 private:
-    void Write(const CellBlock& texts);
+    friend void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget);
+    // Takes over another step that has been carried out, and is not carried out again
+    // when it is pushed.
+    explicit CellBlockCommand(CellBlockCommand& done);
+    void Write(const TextTable& texts);
 
     GridModel& model_;
     QRect cells_;
-    CellBlock before_;
-    CellBlock after_;
+    std::vector<QPoint> changed_;  // the cells whose text the step changes (x col, y row)
+    TextTable before_;             // their texts before and after, in one row each
+    TextTable after_;
+    bool skipRedo_ = false;
 };
+
+// The most memory a grid's undo history holds, beyond its newest step.
+inline constexpr std::size_t kHistoryBytes = std::size_t(64) << 20;
+
+// Carries out an edit as the newest step of a history, then drops the oldest steps for as
+// long as the history holds more than the budget. The newest step is always kept.
+void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget = kHistoryBytes);

@@ -21,7 +21,7 @@ QRect InsideGrid(const GridModel& model, QRect cells) {
 // Carries out an edit, as a step of the undo history when the grid keeps one.
 void Record(QUndoStack* undo, CellBlockCommand* command) {
     if (undo != nullptr) {
-        undo->push(command);
+        PushEdit(*undo, command);
     } else {
         command->redo();
         delete command;
@@ -53,14 +53,17 @@ bool GridSelection::Paste() {
     if (cells.isEmpty()) return false;
     const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
     if (mime == nullptr) return false;
-    TextTable table = ClipboardFormats::FromMimeData(*mime);
+    // The clipboard is read only as far as the grid reaches from the selection's corner.
+    const TableBound bound{model_.Rows() - cells.top(), model_.Cols() - cells.left()};
+    TextTable table = ClipboardFormats::FromMimeData(*mime, bound);
     if (table.IsEmpty()) return false;
 
     // One copied value pasted over several cells fills them all; anything else is laid
     // at the top-left cell and cut off at the grid's edges.
     QRect target;
     CellBlock texts;
-    if (table.Rows() == 1 && table.Cols() == 1 && cells.width() * cells.height() > 1) {
+    if (table.Rows() == 1 && table.Cols() == 1 && !table.Cropped() &&
+        cells.width() * cells.height() > 1) {
         target = cells;
         texts = CellBlock::Filled(std::string(table.Cell(0, 0)));
     } else {

@@ -74,8 +74,12 @@ public:
         return editor;
     }
     void setEditorData(QWidget* editor, const QModelIndex& index) const override {
-        if (auto* line = qobject_cast<QLineEdit*>(editor))
-            line->setText(index.data(Qt::EditRole).toString());
+        if (auto* line = qobject_cast<QLineEdit*>(editor)) {
+            // The whole text is edited, however long (a line editor cuts at 32767 by default).
+            const QString text = index.data(Qt::EditRole).toString();
+            line->setMaxLength(std::max(line->maxLength(), int(text.size())));
+            line->setText(text);
+        }
     }
     void setModelData(QWidget* editor, QAbstractItemModel*,
                       const QModelIndex& index) const override {
@@ -84,6 +88,19 @@ public:
     }
 
 protected:
+    // A cell shows at most what fits across the widest screen: laying out the whole of a
+    // text of a million characters on every repaint would freeze the grid. The cell keeps
+    // its whole text for editing, copying and export.
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        constexpr qsizetype kShownChars = 4096;
+        if (option->text.size() > kShownChars) {
+            qsizetype end = kShownChars;
+            if (option->text.at(end - 1).isHighSurrogate()) --end;
+            option->text.truncate(end);
+        }
+    }
+
     // Enter commits at once (the stock delegate defers it to the event loop).
     bool eventFilter(QObject* object, QEvent* event) override {
         if (event->type() == QEvent::KeyPress) {
@@ -292,8 +309,8 @@ void GridWidget::Parts::Commit(const QModelIndex& index, const QString& text) {
     const int row = index.row() + 1;
     const int col = index.column() + 1;
     if (model.CellText(row, col) == text) return;
-    undo.push(
-        new CellBlockCommand(model, QRect(col, row, 1, 1), CellBlock::Filled(text.toStdString())));
+    PushEdit(undo, new CellBlockCommand(model, QRect(col, row, 1, 1),
+                                        CellBlock::Filled(text.toStdString())));
 }
 
 void GridWidget::Parts::ApplyColumnWidth(int col, int width) {

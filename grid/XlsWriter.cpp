@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -12,17 +13,24 @@
 #include "CellNumber.h"
 #include "LittleEndian.h"
 
-// The workbook stream holds two substreams of records. Each record is a 16-bit type, a
+// The workbook stream holds substreams of records: the workbook globals, then one per
+// worksheet. Each record is a 16-bit type, a
 // 16-bit data length (at most 8224 bytes) and the data, all little-endian.
 //
 //   workbook globals: BOF, CODEPAGE (UTF-16), WINDOW1, DATEMODE, PRECISION, 5 x FONT,
 //                     16 x XF (the 15 style formats Excel expects, then the one cell
-//                     format), STYLE (Normal), BOUNDSHEET (name and position of the
-//                     sheet's BOF), SST (+ CONTINUE), EXTSST, EOF
-//   worksheet:        BOF, DIMENSIONS, the cells row by row (NUMBER or LABELSST),
+//                     format), STYLE (Normal), a BOUNDSHEET per worksheet (name and
+//                     position of its BOF), SST (+ CONTINUE), EXTSST, EOF
+//   each worksheet:   BOF, DIMENSIONS, the cells row by row (NUMBER or LABELSST),
 //                     WINDOW2, EOF
 //
-// Texts are stored once in the shared string table (SST) and cells refer to them by index.
+// Texts are stored once in the shared string table (SST), which all worksheets share, and
+// cells refer to them by index.
+//
+// A sheet larger than one worksheet holds (MaxRows x MaxCols) is cut into blocks of that
+// size, each on a worksheet of its own: the blocks of the first rows from left to right,
+// then those of the next rows. Each worksheet is named after the rows and columns of the
+// sheet it holds ("Columns 257-512"), so that nobody takes its cell A1 for the sheet's.
 
 namespace Xls {
 namespace {
@@ -91,16 +99,20 @@ struct BiffText {
     std::size_t Length() const { return wide ? bytes.size() / 2 : bytes.size(); }
 };
 
+// A text longer than a cell holds is cut to MaxTextLength UTF-16 units, one fewer when the
+// cut would leave half of a surrogate pair.
 BiffText ToBiffText(std::string_view utf8) {
     BiffText text;
     bool ascii = true;
     for (const char c : utf8)
         ascii = ascii && static_cast<unsigned char>(c) < 0x80;
     if (ascii) {
-        text.bytes.assign(utf8);
+        text.bytes.assign(utf8.substr(0, MaxTextLength));
         return text;
     }
-    const QString s = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    QString s = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (s.size() > MaxTextLength)
+        s.truncate(s[MaxTextLength].isLowSurrogate() ? MaxTextLength - 1 : MaxTextLength);
     text.wide = std::any_of(s.begin(), s.end(), [](QChar c) { return c.unicode() > 0xFF; });
     text.bytes.reserve(static_cast<std::size_t>(s.size()) * (text.wide ? 2 : 1));
     for (const QChar c : s) {
@@ -186,7 +198,8 @@ void PutGlobalsHead(std::string& out) {
 // An SST record holds at most 8224 bytes of data; the table goes on in CONTINUE records.
 // A string's 3-byte header (length and flags) never splits across records; its characters
 // may, at a character boundary, and the part in the new record starts with a flags byte
-// again (0 = compressed, 1 = UTF-16).
+// again (0 = compressed, 1 = UTF-16). A surrogate pair (a character outside the basic
+// plane) never splits: readers decode each record's part of a text on its own.
 void PutSharedStrings(std::string& out, const std::vector<BiffText>& strings,
                       std::uint32_t totalRefs) {
     const std::uint32_t unique = static_cast<std::uint32_t>(strings.size());
@@ -207,7 +220,8 @@ void PutSharedStrings(std::string& out, const std::vector<BiffText>& strings,
     for (std::uint32_t i = 0; i < unique; ++i) {
         const BiffText& s = strings[i];
         const std::size_t charSize = s.wide ? 2 : 1;
-        if (room() < 3 + (s.bytes.empty() ? 0 : charSize)) nextRecord();
+        // Room for the header and the first character, or the first surrogate pair.
+        if (room() < 3 + (s.bytes.empty() ? 0 : 2 * charSize)) nextRecord();
         if (i % perBucket == 0) {
             buckets.emplace_back(static_cast<std::uint32_t>(out.size()),
                                  static_cast<std::uint16_t>(out.size() - recordAt));
@@ -216,7 +230,11 @@ void PutSharedStrings(std::string& out, const std::vector<BiffText>& strings,
         Put8(out, s.wide ? 1 : 0);
         std::size_t done = 0;
         for (;;) {
-            const std::size_t take = std::min(s.bytes.size() - done, room() / charSize * charSize);
+            std::size_t take = std::min(s.bytes.size() - done, room() / charSize * charSize);
+            if (s.wide && done + take < s.bytes.size() &&
+                QChar::isHighSurrogate(LittleEndian::Get16(s.bytes, done + take - 2))) {
+                take -= 2;
+            }
             out.append(s.bytes, done, take);
             done += take;
             if (done == s.bytes.size()) break;
@@ -236,21 +254,39 @@ void PutSharedStrings(std::string& out, const std::vector<BiffText>& strings,
     EndRecord(out, at);
 }
 
-// The cell records of the sheet, with the table of distinct texts they refer to.
-struct SheetCells {
-    std::string records;
+// The distinct texts of the workbook, each stored once.
+struct SharedStrings {
+    std::unordered_map<std::string, std::uint32_t> index;
     std::vector<BiffText> strings;
-    std::uint32_t stringRefs = 0;
+    std::uint32_t refs = 0;
+
+    std::uint32_t Add(std::string_view text) {
+        auto [it, added] =
+            index.try_emplace(std::string(text), static_cast<std::uint32_t>(strings.size()));
+        if (added) strings.push_back(ToBiffText(text));
+        ++refs;
+        return it->second;
+    }
 };
 
-bool CollectCells(const CellSource& cells, char decimalSeparator, SheetCells& sheet) {
-    std::unordered_map<std::string, std::uint32_t> index;
-    const int rows = cells.Rows();
-    const int cols = cells.Cols();
-    sheet.records.reserve(static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols) * 18);
-    for (int r = 0; r < rows; ++r) {
-        for (int c = 0; c < cols; ++c) {
-            const std::string_view text = cells.Text(r, c);
+// One worksheet: a block of the sheet, and its cell records.
+struct Worksheet {
+    int firstRow = 0;
+    int rows = 0;
+    int firstCol = 0;
+    int cols = 0;
+    std::string name;
+    std::string head;  // BOF, DIMENSIONS
+    std::string records;
+    std::string tail;  // WINDOW2, EOF
+    std::size_t Size() const { return head.size() + records.size() + tail.size(); }
+};
+
+void CollectCells(const CellSource& cells, char decimalSeparator, SharedStrings& strings,
+                  Worksheet& sheet) {
+    for (int r = 0; r < sheet.rows; ++r) {
+        for (int c = 0; c < sheet.cols; ++c) {
+            const std::string_view text = cells.Text(sheet.firstRow + r, sheet.firstCol + c);
             if (text.empty()) continue;
             // Both cell records are built in a small buffer and appended at once: this loop
             // runs for every cell of sheets with millions of them.
@@ -268,26 +304,58 @@ bool CollectCells(const CellSource& cells, char decimalSeparator, SheetCells& sh
                 put(CellXf, 2);
                 put(std::bit_cast<std::uint64_t>(*value), 8);
             } else {
-                auto [it, added] = index.try_emplace(
-                    std::string(text), static_cast<std::uint32_t>(sheet.strings.size()));
-                if (added) {
-                    sheet.strings.push_back(ToBiffText(text));
-                    if (sheet.strings.back().Length() > static_cast<std::size_t>(MaxTextLength)) {
-                        return false;
-                    }
-                }
-                ++sheet.stringRefs;
+                const std::uint32_t index = strings.Add(text);
                 put(LabelSst, 2);
                 put(10, 2);
                 put(static_cast<std::uint64_t>(r), 2);
                 put(static_cast<std::uint64_t>(c), 2);
                 put(CellXf, 2);
-                put(it->second, 4);
+                put(index, 4);
             }
             sheet.records.append(record.data(), size);
         }
     }
-    return true;
+}
+
+void PutSheetHeadAndTail(Worksheet& sheet, bool selected) {
+    PutBof(sheet.head, 0x0010);  // worksheet
+    const bool empty = sheet.records.empty();
+    std::size_t at = BeginRecord(sheet.head, Dimensions);
+    Put32(sheet.head, 0);                                                   // first row
+    Put32(sheet.head, static_cast<std::uint32_t>(empty ? 0 : sheet.rows));  // last row + 1
+    Put16(sheet.head, 0);                                                   // first column
+    Put16(sheet.head, static_cast<std::uint16_t>(empty ? 0 : sheet.cols));  // last column + 1
+    Put16(sheet.head, 0);
+    EndRecord(sheet.head, at);
+
+    at = BeginRecord(sheet.tail, Window2);
+    // Gridlines, headings, zero values, outline symbols; the first sheet is the selected,
+    // active one.
+    Put16(sheet.tail, selected ? 0x06B6 : 0x00B6);
+    Put16(sheet.tail, 0);       // top row shown
+    Put16(sheet.tail, 0);       // left column shown
+    Put16(sheet.tail, 0x0040);  // gridline colour: the system window text colour
+    Put16(sheet.tail, 0);
+    Put16(sheet.tail, 0);  // zoom of the page break preview: default
+    Put16(sheet.tail, 0);  // zoom of the normal view: default
+    Put32(sheet.tail, 0);
+    EndRecord(sheet.tail, at);
+    PutEof(sheet.tail);
+}
+
+// "Rows 65537-131072", "Columns 257-512" or "Rows 1-65536, Cols 257-512": where in the sheet
+// the worksheet's block lies, 1-based, along the directions in which the sheet was cut.
+std::string WorksheetName(const Worksheet& sheet, bool rowsCut, bool colsCut) {
+    if (!rowsCut && !colsCut) return "Sheet1";
+    auto range = [](int first, int count) {
+        return std::to_string(first + 1) + "-" + std::to_string(first + count);
+    };
+    const std::string rows = range(sheet.firstRow, sheet.rows);
+    const std::string cols = range(sheet.firstCol, sheet.cols);
+    if (!colsCut) return "Rows " + rows;
+    if (!rowsCut) return "Columns " + cols;
+    const std::string name = "Rows " + rows + ", Cols " + cols;
+    return name.size() <= 31 ? name : "R" + rows + " C" + cols;  // 31: a sheet name's limit
 }
 
 }  // namespace
@@ -295,51 +363,52 @@ bool CollectCells(const CellSource& cells, char decimalSeparator, SheetCells& sh
 bool WriteWorkbook(const CellSource& cells, const CompoundFile::Sink& sink, char decimalSeparator) {
     const int rows = std::max(0, cells.Rows());
     const int cols = rows == 0 ? 0 : std::max(0, cells.Cols());
-    if (rows > MaxRows || cols > MaxCols) return false;
+    const bool rowsCut = rows > MaxRows;
+    const bool colsCut = cols > MaxCols;
 
-    SheetCells sheet;
-    if (!CollectCells(cells, decimalSeparator, sheet)) return false;
+    SharedStrings strings;
+    std::vector<Worksheet> sheets;
+    for (int firstRow = 0;; firstRow += MaxRows) {
+        for (int firstCol = 0;; firstCol += MaxCols) {
+            Worksheet& sheet = sheets.emplace_back();
+            sheet.firstRow = firstRow;
+            sheet.rows = std::min(MaxRows, rows - firstRow);
+            sheet.firstCol = firstCol;
+            sheet.cols = std::min(MaxCols, cols - firstCol);
+            sheet.name = WorksheetName(sheet, rowsCut, colsCut);
+            CollectCells(cells, decimalSeparator, strings, sheet);
+            PutSheetHeadAndTail(sheet, sheets.size() == 1);
+            if (cols - firstCol <= MaxCols) break;
+        }
+        if (rows - firstRow <= MaxRows) break;
+    }
 
     std::string globals;
     PutGlobalsHead(globals);
-    std::size_t at = BeginRecord(globals, BoundSheet);
-    const std::size_t sheetOffsetAt = globals.size();
-    Put32(globals, 0);  // position of the sheet's BOF, set below
-    Put8(globals, 0);   // visible
-    Put8(globals, 0);   // a worksheet
-    const std::string_view sheetName = "Sheet1";
-    Put8(globals, static_cast<std::uint8_t>(sheetName.size()));
-    Put8(globals, 0);
-    globals.append(sheetName);
-    EndRecord(globals, at);
-    PutSharedStrings(globals, sheet.strings, sheet.stringRefs);
+    std::vector<std::size_t> sheetOffsetAt;
+    for (const Worksheet& sheet : sheets) {
+        const std::size_t at = BeginRecord(globals, BoundSheet);
+        sheetOffsetAt.push_back(globals.size());
+        Put32(globals, 0);  // position of the sheet's BOF, set below
+        Put8(globals, 0);   // visible
+        Put8(globals, 0);   // a worksheet
+        Put8(globals, static_cast<std::uint8_t>(sheet.name.size()));
+        Put8(globals, 0);  // compressed characters
+        globals.append(sheet.name);
+        EndRecord(globals, at);
+    }
+    PutSharedStrings(globals, strings.strings, strings.refs);
     PutEof(globals);
-    Set32(globals, sheetOffsetAt, static_cast<std::uint32_t>(globals.size()));
 
-    std::string head;
-    PutBof(head, 0x0010);  // worksheet
-    at = BeginRecord(head, Dimensions);
-    Put32(head, 0);                                                             // first row
-    Put32(head, static_cast<std::uint32_t>(sheet.records.empty() ? 0 : rows));  // last row + 1
-    Put16(head, 0);                                                             // first column
-    Put16(head, static_cast<std::uint16_t>(sheet.records.empty() ? 0 : cols));  // last column + 1
-    Put16(head, 0);
-    EndRecord(head, at);
-
-    std::string tail;
-    at = BeginRecord(tail, Window2);
-    Put16(tail, 0x06B6);  // gridlines, headings, zero values, outline symbols; sheet selected
-    Put16(tail, 0);       // top row shown
-    Put16(tail, 0);       // left column shown
-    Put16(tail, 0x0040);  // gridline colour: the system window text colour
-    Put16(tail, 0);
-    Put16(tail, 0);  // zoom of the page break preview: default
-    Put16(tail, 0);  // zoom of the normal view: default
-    Put32(tail, 0);
-    EndRecord(tail, at);
-    PutEof(tail);
-
-    const std::array<std::string_view, 4> parts = {globals, head, sheet.records, tail};
+    // The positions in the stream are 32-bit; a larger stream cannot be written anyway.
+    std::uint64_t position = globals.size();
+    std::vector<std::string_view> parts = {globals};
+    for (std::size_t i = 0; i < sheets.size(); ++i) {
+        if (position > CompoundFile::MaxStreamSize) return false;
+        Set32(globals, sheetOffsetAt[i], static_cast<std::uint32_t>(position));
+        position += sheets[i].Size();
+        parts.insert(parts.end(), {sheets[i].head, sheets[i].records, sheets[i].tail});
+    }
     return CompoundFile::Write("Workbook", parts, sink);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
-// A writer of Excel 97-2003 workbooks: one worksheet in BIFF8 records, inside a compound
-// file. Number texts become number cells, other non-empty texts become shared-string cells.
+// A writer of Excel 97-2003 workbooks: BIFF8 records inside a compound file. Number texts
+// become number cells, other non-empty texts become shared-string cells. A sheet larger
+// than one worksheet holds goes on over further worksheets (see XlsWriter.cpp).
 
 #include <functional>
 #include <string_view>
@@ -9,10 +10,10 @@
 
 namespace Xls {
 
-// The largest sheet a BIFF8 workbook holds.
+// The largest worksheet BIFF8 holds.
 inline constexpr int MaxRows = 65536;
 inline constexpr int MaxCols = 256;
-// The longest text a cell holds, in UTF-16 code units.
+// The longest text a cell holds, in UTF-16 code units; longer texts are cut to it.
 inline constexpr int MaxTextLength = 32767;
 
 // The cells to write: rows x cols texts in UTF-8, (0, 0) being the top-left cell A1.
@@ -26,8 +27,8 @@ public:
 };
 
 // Writes the workbook to sink. decimalSeparator is the separator that number texts may use
-// besides ".". Answers false, having sent nothing, when the sheet is beyond MaxRows or
-// MaxCols or a text beyond MaxTextLength; otherwise answers whether the sink took it all.
+// besides ".". Answers false, having sent nothing, when the workbook would be larger than a
+// compound file holds; otherwise answers whether the sink took it all.
 bool WriteWorkbook(const CellSource& cells, const CompoundFile::Sink& sink,
                    char decimalSeparator = '.');
 

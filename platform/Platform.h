@@ -29,8 +29,9 @@ public:
                                  const QString& initialName) = 0;
     // Whether path names an existing ordinary file that is not hidden.
     virtual bool FileExists(const QString& path) = 0;
-    // Opens a document or web address with the program the desktop has for it.
-    virtual void ShellOpen(QWidget* owner, const QString& target) = 0;
+    // Opens a document or web address with the program the desktop has for it. Answers
+    // false when the desktop has no program for a document of its type, or opening failed.
+    virtual bool ShellOpen(QWidget* owner, const QString& target) = 0;
     // The folder holding the running program, without a trailing separator (except at
     // the root of a file system).
     virtual QString ProgramFolder() = 0;

@@ -6,10 +6,13 @@
 #include <QCursor>
 #include <QDesktopServices>
 #include <QDialog>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMimeDatabase>
+#include <QStandardPaths>
 #include <QStringList>
 #include <QUrl>
 
@@ -122,10 +125,60 @@ bool QtPlatform::FileExists(const QString& path) {
     return info.isFile() && !info.isHidden();
 }
 
-void QtPlatform::ShellOpen(QWidget* /*owner*/, const QString& target) {
+bool QtPlatform::HasDefaultProgram(const QString& path) {
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(path);
+    const QStringList types = QStringList{type.name()} + type.aliases();
+    // The association lists of the desktop (the freedesktop.org rules): the user's and the
+    // system's configuration, then the programs' own folders with their caches of the
+    // types each program declares.
+    QStringList lists;
+    QStringList desktops;
+    for (const QString& desktop :
+         qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'), Qt::SkipEmptyParts))
+        desktops << desktop.toLower() + QLatin1String("-mimeapps.list");
+    desktops << QStringLiteral("mimeapps.list");
+    for (const auto location :
+         {QStandardPaths::GenericConfigLocation, QStandardPaths::ApplicationsLocation}) {
+        for (const QString& folder : QStandardPaths::standardLocations(location)) {
+            for (const QString& name : desktops)
+                lists << folder + QLatin1Char('/') + name;
+            if (location == QStandardPaths::ApplicationsLocation)
+                lists << folder + QLatin1String("/mimeinfo.cache");
+        }
+    }
+    for (const QString& list : lists) {
+        QFile file(list);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) continue;
+        QString section;
+        while (!file.atEnd()) {
+            const QString line = QString::fromUtf8(file.readLine()).trimmed();
+            if (line.startsWith(QLatin1Char('['))) {
+                section = line;
+                continue;
+            }
+            if (section == QLatin1String("[Removed Associations]")) continue;
+            const qsizetype equals = line.indexOf(QLatin1Char('='));
+            if (equals < 0 || !types.contains(line.left(equals).trimmed())) continue;
+            // A program counts only while its desktop entry is installed.
+            for (const QString& id :
+                 line.mid(equals + 1).split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+                if (!QStandardPaths::locate(QStandardPaths::ApplicationsLocation, id.trimmed())
+                         .isEmpty())
+                    return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool QtPlatform::ShellOpen(QWidget* /*owner*/, const QString& target) {
     const bool address = target.contains(QLatin1String("://")) ||
                          target.startsWith(QLatin1String("mailto:"), Qt::CaseInsensitive);
-    QDesktopServices::openUrl(address ? QUrl(target) : QUrl::fromLocalFile(target));
+    if (address) return QDesktopServices::openUrl(QUrl(target));
+    // Handed a document it has no program for, the desktop opens nothing and tells nobody;
+    // so ask first.
+    if (!HasDefaultProgram(target)) return false;
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(target));
 }
 
 QString QtPlatform::ProgramFolder() {

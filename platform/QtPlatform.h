@@ -10,7 +10,7 @@ public:
     QString SaveFileName(const QString& filter, const QString& title,
                          const QString& initialName) override;
     bool FileExists(const QString& path) override;
-    void ShellOpen(QWidget* owner, const QString& target) override;
+    bool ShellOpen(QWidget* owner, const QString& target) override;
     QString ProgramFolder() override;
     void PopupMenu(QMenu& menu) override;
     void ShowModal(QDialog& dialog) override;
@@ -23,6 +23,10 @@ public:
 
     // "desc|*.ext|desc2|*.a;*.b" as Qt's file-dialog filter "desc (*.ext);;desc2 (*.a *.b)".
     static QString DialogFilter(const QString& filter);
+
+    // Whether the desktop has a program for documents of the local file's type: an
+    // installed program that its association lists name for the type.
+    static bool HasDefaultProgram(const QString& path);
 
 private:
     bool ended_ = false;

@@ -37,9 +37,10 @@ bool RecordingPlatform::FileExists(const QString& path) {
     return existsTest ? existsTest(path) : existingFiles.contains(path);
 }
 
-void RecordingPlatform::ShellOpen(QWidget* owner, const QString& target) {
+bool RecordingPlatform::ShellOpen(QWidget* owner, const QString& target) {
     calls_.push_back(
         {QStringLiteral("ShellOpen"), {owner ? owner->objectName() : QString(), target}});
+    return shellOpens;
 }
 
 QString RecordingPlatform::ProgramFolder() {

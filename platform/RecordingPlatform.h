@@ -22,7 +22,7 @@ public:
     QString SaveFileName(const QString& filter, const QString& title,
                          const QString& initialName) override;
     bool FileExists(const QString& path) override;
-    void ShellOpen(QWidget* owner, const QString& target) override;
+    bool ShellOpen(QWidget* owner, const QString& target) override;
     QString ProgramFolder() override;
     void PopupMenu(QMenu& menu) override;
     void ShowModal(QDialog& dialog) override;
@@ -42,6 +42,8 @@ public:
     QStringList existingFiles;
     std::function<bool(const QString&)> existsTest;
     QString programFolder = QStringLiteral("/opt/kelvara");
+    // What ShellOpen answers: whether the desktop had a program for the target.
+    bool shellOpens = true;
     // What happens while a menu or dialog is "shown" (for instance, choosing an item).
     std::function<void(QMenu&)> onPopup;
     std::function<void(QDialog&)> onShowModal;

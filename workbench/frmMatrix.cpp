@@ -24,6 +24,7 @@
 #include "AppIcon.h"
 #include "Checked.h"
 #include "GridWidget.h"
+#include "HelpWindow.h"
 #include "HomePage.h"
 #include "KeyCodes.h"
 #include "MatrixModule.h"
@@ -838,8 +839,15 @@ void frmMatrix::mnuFileXML_Click() {
 // The help file beside the program; a program in the root folder gives a doubled
 // separator, which the shell copes with.
 void frmMatrix::mnuHelpCont_Click() {
-    platform_.ShellOpen(this,
-                        platform_.ProgramFolder() + QDir::separator() + QStringLiteral("help.chm"));
+    const QString path = platform_.ProgramFolder() + QDir::separator() + QStringLiteral("help.chm");
+    if (platform_.ShellOpen(this, path)) return;
+    // The desktop has no program for compiled help: show the file in our own help window,
+    // one window however often the command is given. Without a readable file, nothing shows.
+    if (helpWindow_ == nullptr) helpWindow_ = HelpWindow::Open(path, this);
+    if (helpWindow_ == nullptr) return;
+    helpWindow_->show();
+    helpWindow_->raise();
+    helpWindow_->activateWindow();
 }
 
 void frmMatrix::mnuHelpHome_Click() {

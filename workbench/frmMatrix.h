@@ -5,6 +5,7 @@
 // platform, which reports it and ends the program.
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QString>
 #include <cstdint>
 #include <exception>
@@ -18,6 +19,7 @@
 #include "RuntimeError.h"
 
 class GridWidget;
+class HelpWindow;
 class QAction;
 class QComboBox;
 class QGroupBox;
@@ -191,4 +193,5 @@ private:
     Operands operands_;
     std::unique_ptr<ResultSheet> sheet_;
     bool ended_ = false;
+    QPointer<HelpWindow> helpWindow_;  // our own help window, while it is open
 };

@@ -103,6 +103,53 @@ INSTANTIATE_TEST_SUITE_P(
         ParseCase{"no_table", "<p>1 2</p>", {}}),
     [](const auto& info) { return std::string(info.param.name); });
 
+// A bounded parse keeps exactly the top-left corner of what an unbounded one reads, and
+// cropping never changes how a text is taken (CSV or not, where a span ends).
+struct BoundCase {
+    const char* name;
+    TextTable (*parse)(std::string_view, TableBound);
+    std::string text;
+};
+
+void PrintTo(const BoundCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class BoundedParse : public ::testing::TestWithParam<BoundCase> {};
+
+TEST_P(BoundedParse, KeepsTheCornerOfTheWholeTable) {
+    const Rows whole = GetParam().parse(GetParam().text, {}).ToVectors();
+    for (const TableBound bound : {TableBound{1, 1}, TableBound{1, 3}, TableBound{2, 1},
+                                   TableBound{2, 2}, TableBound{3, 5}, TableBound{9, 9}}) {
+        Rows corner(whole.begin(),
+                    whole.begin() + std::min<std::ptrdiff_t>(std::ssize(whole), bound.rows));
+        bool cut = corner.size() < whole.size();
+        for (auto& row : corner) {
+            cut = cut || std::ssize(row) > bound.cols;
+            row.resize(std::min<std::size_t>(row.size(), static_cast<std::size_t>(bound.cols)));
+        }
+        const TextTable bounded = GetParam().parse(GetParam().text, bound);
+        EXPECT_EQ(bounded.ToVectors(), corner) << bound.rows << " x " << bound.cols;
+        EXPECT_EQ(bounded.Cropped(), cut) << bound.rows << " x " << bound.cols;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, BoundedParse,
+    ::testing::Values(BoundCase{"tsv", ParseTsv, "1\t2\t3\n\"a\nb\"\t\n4\t5\t6\t7\n8"},
+                      BoundCase{"csv", ParseCsv, " 1 , \"x,y\"\n2,3,4\n"},
+                      BoundCase{"plain_csv", ParsePlainText, "1,2,3\n4,5,6\n7,8,9\n"},
+                      BoundCase{"plain_uneven_csv_late", ParsePlainText, "1,2\n3,4\n5,6\n7"},
+                      BoundCase{"plain_long_line_late", ParsePlainText, "1,2\n3,4\n5,6,7"},
+                      BoundCase{"matrix", ParsePlainText, "[1 2 3; 4 5 6; 7 8 9]"},
+                      BoundCase{"nested_matrix", ParseBracketMatrix, "[[1, 2], [3, 4], [5, 6]]"},
+                      BoundCase{
+                          "html_spans", ParseHtmlTable,
+                          "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
+                          "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
+                          "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 const Rows kAwkward = {{"1", "-2.5E-07", ""},
                        {"tab\there", "line\nbreak", "\"quoted\""},
                        {"a & <b>", "\xC3\xA9t\xC3\xA9", " spaced"}};

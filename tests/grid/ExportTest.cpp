@@ -3,6 +3,11 @@
 // parse for the CSV.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
@@ -262,13 +267,14 @@ TEST_F(Export, EmptyGridGivesValidEmptyFiles) {
     EXPECT_TRUE(PdfText(Exported(GridExport::ExportPdf, "e.pdf")).has_value());
 }
 
-TEST_F(Export, WorkbookBeyondBiff8LimitsAnswersFalseAndKeepsTheOldFile) {
+TEST_F(Export, WorkbookBeyondOneWorksheetContinuesOnTheNext) {
     for (const auto& [row, col] : {std::pair{65537, 1}, std::pair{1, 257}}) {
         GridModel grid;
         grid.SetCellText(row, col, QStringLiteral("x"));
-        WriteText(Path("old.xls"), "previous");
-        EXPECT_FALSE(GridExport::ExportExcel(grid, Path("old.xls")));
-        EXPECT_EQ(ReadAll(Path("old.xls")), "previous");
+        ASSERT_TRUE(GridExport::ExportExcel(grid, Path("wide.xls")));
+        const XlsSheet second = ReadXls(Path("wide.xls").toStdString(), 0, 1);
+        EXPECT_EQ(second.sheetCount, 2u);
+        EXPECT_EQ(second.At(0, 0).text, "x");
     }
 }
 
@@ -286,6 +292,34 @@ TEST_P(ExportFailure, UnwritablePlacesAnswerFalse) {
     EXPECT_FALSE(exporter(grid_, Path("missing/out")));
     EXPECT_FALSE(exporter(grid_, Path("plain/out")));  // not a folder
     EXPECT_FALSE(exporter(grid_, dir_.path()));        // a folder, not a file
+}
+
+// Things that are not ordinary files answer false and stay what they were: a pipe, a
+// socket, a device (where the system lets us make one) and a link to one of them.
+TEST_P(ExportFailure, TargetsThatAreNoFilesStayUntouched) {
+    const std::string fifo = Path("fifo").toStdString();
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::string socketPath = Path("socket").toStdString();
+    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(socketPath.size(), sizeof(address.sun_path));
+    socketPath.copy(address.sun_path, socketPath.size());
+    ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    ASSERT_TRUE(QFile::link(Path("fifo"), Path("link")));
+    const std::string device = Path("null").toStdString();
+    static_cast<void>(mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 3)));  // may be refused
+
+    for (const char* name : {"fifo", "socket", "link", "null"}) {
+        struct stat before {};
+        if (lstat(Path(name).toStdString().c_str(), &before) != 0) continue;
+        EXPECT_FALSE(GetParam().exporter(grid_, Path(name))) << name;
+        struct stat after {};
+        ASSERT_EQ(lstat(Path(name).toStdString().c_str(), &after), 0) << name;
+        EXPECT_EQ(after.st_mode, before.st_mode) << name;
+        EXPECT_EQ(after.st_ino, before.st_ino) << name;
+    }
+    close(fd);
 }
 
 // A file size limit makes writes fail as on a full disk. (Not /dev/full: run as root,

@@ -1,6 +1,6 @@
 #pragma once
-// Reads the first worksheet of an .xls file back with libfreexl, for checking our workbooks
-// with a reader we did not write.
+// Reads a worksheet of an .xls file back with libfreexl, for checking our workbooks with a
+// reader we did not write.
 
 #include <freexl.h>
 
@@ -15,18 +15,25 @@ struct XlsCell {
 
 struct XlsSheet {
     bool opened = false;  // freexl opened the file (handle included) and read every cell
+    unsigned int sheetCount = 0;
+    std::string name;
     unsigned int rows = 0;
     unsigned short cols = 0;
     std::vector<std::vector<XlsCell>> cells;  // rows above the first row read stay empty
     const XlsCell& At(unsigned int row, unsigned short col) const { return cells[row][col]; }
 };
 
-inline XlsSheet ReadXls(const std::string& path, unsigned int firstRow = 0) {
+inline XlsSheet ReadXls(const std::string& path, unsigned int firstRow = 0,
+                        unsigned short sheetIndex = 0) {
     XlsSheet sheet;
     const void* handle = nullptr;
+    const char* name = nullptr;
     bool ok = freexl_open(path.c_str(), &handle) == FREEXL_OK && handle != nullptr &&
-              freexl_select_active_worksheet(handle, 0) == FREEXL_OK &&
+              freexl_get_info(handle, FREEXL_BIFF_SHEET_COUNT, &sheet.sheetCount) == FREEXL_OK &&
+              freexl_select_active_worksheet(handle, sheetIndex) == FREEXL_OK &&
+              freexl_get_worksheet_name(handle, sheetIndex, &name) == FREEXL_OK &&
               freexl_worksheet_dimensions(handle, &sheet.rows, &sheet.cols) == FREEXL_OK;
+    if (ok && name != nullptr) sheet.name = name;
     sheet.cells.resize(ok ? sheet.rows : 0);
     for (unsigned int r = firstRow; ok && r < sheet.rows; ++r) {
         sheet.cells[r].resize(sheet.cols);

@@ -1,11 +1,15 @@
-// The workbook writer on its own, read back with libfreexl: the cases that need large or
-// unusual sheets.
+// The workbook writer on its own, read back by readers we did not write: libfreexl, xlrd
+// (Python's .xls reader) and LibreOffice, for the cases that need large or unusual sheets.
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
+#include <cstdio>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "FreeXlSheet.h"
 #include "XlsWriter.h"
@@ -28,19 +32,137 @@ private:
     mutable std::string current_;
 };
 
-// Writes the workbook into a file and reads it back from row firstRow on; also gives the
-// file's bytes.
+bool WriteFile(const Xls::CellSource& cells, const QString& path, std::string* bytes = nullptr) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && Xls::WriteWorkbook(cells, [&](std::string_view part) {
+               if (bytes != nullptr) bytes->append(part);
+               return file.write(part.data(), qint64(part.size())) == qint64(part.size());
+           });
+}
+
+// Writes the workbook into a file and reads its first sheet back with libfreexl from row
+// firstRow on; also gives the file's bytes.
 XlsSheet RoundTrip(const Xls::CellSource& cells, unsigned firstRow = 0,
                    std::string* bytes = nullptr) {
     QTemporaryDir dir;
-    QFile file(dir.filePath(QStringLiteral("book.xls")));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(Xls::WriteWorkbook(cells, [&](std::string_view part) {
-        if (bytes != nullptr) bytes->append(part);
-        return file.write(part.data(), qint64(part.size())) == qint64(part.size());
-    }));
-    file.close();
-    return ReadXls(file.fileName().toStdString(), firstRow);
+    const QString path = dir.filePath(QStringLiteral("book.xls"));
+    EXPECT_TRUE(WriteFile(cells, path, bytes));
+    return ReadXls(path.toStdString(), firstRow);
+}
+
+std::string RunProgram(const QString& program, const QStringList& args) {
+    QProcess process;
+    process.start(program, args);
+    EXPECT_TRUE(process.waitForFinished(120000)) << program.toStdString();
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    return process.readAllStandardOutput().toStdString();
+}
+
+// A workbook as a text: per sheet a line "# name", then a line "row col value" per non-empty
+// cell, numbers as %.17g.
+std::string Line(const std::string& a, const std::string& b, const std::string& c) {
+    return a + "\t" + b + "\t" + c + "\n";
+}
+
+std::string Number(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.17g", value);
+    return text;
+}
+
+std::string XlrdDump(const QString& path) {
+    const char* script = R"(
+import sys, xlrd
+book = xlrd.open_workbook(sys.argv[1])
+out = []
+for sheet in book.sheets():
+    out.append('# ' + sheet.name)
+    for r in range(sheet.nrows):
+        for c, cell in enumerate(sheet.row(r)):
+            if cell.ctype == xlrd.XL_CELL_NUMBER:
+                out.append('%d\t%d\t%.17g' % (r, c, cell.value))
+            elif cell.ctype == xlrd.XL_CELL_TEXT:
+                out.append('%d\t%d\t%s' % (r, c, cell.value))
+sys.stdout.buffer.write(('\n'.join(out) + '\n').encode('utf-8'))
+)";
+    return RunProgram(QStringLiteral("/usr/bin/python3"),
+                      {QStringLiteral("-c"), QString::fromUtf8(script), path});
+}
+
+std::string FreeXlDump(const QString& path) {
+    std::string out;
+    const void* handle = nullptr;
+    unsigned int sheets = 0;
+    if (freexl_open(path.toUtf8().constData(), &handle) != FREEXL_OK ||
+        freexl_get_info(handle, FREEXL_BIFF_SHEET_COUNT, &sheets) != FREEXL_OK) {
+        sheets = 0;
+        out = "unreadable";
+    }
+    for (unsigned short s = 0; s < sheets; ++s) {
+        const char* name = "";
+        unsigned int rows = 0;
+        unsigned short cols = 0;
+        freexl_select_active_worksheet(handle, s);
+        freexl_get_worksheet_name(handle, s, &name);
+        freexl_worksheet_dimensions(handle, &rows, &cols);
+        out += "# " + std::string(name) + "\n";
+        for (unsigned int r = 0; r < rows; ++r) {
+            for (unsigned short c = 0; c < cols; ++c) {
+                FreeXL_CellValue v{};
+                if (freexl_get_cell_value(handle, r, c, &v) != FREEXL_OK) return "bad cell";
+                std::string value;
+                if (v.type == FREEXL_CELL_INT) value = std::to_string(v.value.int_value);
+                if (v.type == FREEXL_CELL_DOUBLE) value = Number(v.value.double_value);
+                if (v.type == FREEXL_CELL_TEXT || v.type == FREEXL_CELL_SST_TEXT)
+                    value = v.value.text_value;
+                if (!value.empty()) out += Line(std::to_string(r), std::to_string(c), value);
+            }
+        }
+    }
+    if (handle != nullptr) freexl_close(handle);
+    return out;
+}
+
+// What the readers must find: the sheet cut into blocks of 65536 rows by 256 columns, left to
+// right and then down, with the given names. Number texts must be integers here.
+std::string ExpectedDump(const FunctionSource& cells, const std::vector<std::string>& names) {
+    std::string out;
+    std::size_t sheet = 0;
+    for (int r0 = 0; r0 < cells.Rows(); r0 += Xls::MaxRows) {
+        for (int c0 = 0; c0 < cells.Cols(); c0 += Xls::MaxCols) {
+            const int rows = std::min(Xls::MaxRows, cells.Rows() - r0);
+            const int cols = std::min(Xls::MaxCols, cells.Cols() - c0);
+            out += "# " + (sheet < names.size() ? names[sheet] : "?") + "\n";
+            ++sheet;
+            for (int r = 0; r < rows; ++r) {
+                for (int c = 0; c < cols; ++c) {
+                    const std::string text(cells.Text(r0 + r, c0 + c));
+                    if (!text.empty()) out += Line(std::to_string(r), std::to_string(c), text);
+                }
+            }
+        }
+    }
+    return out;
+}
+
+// Compares two dumps and shows the first line where they part (gtest's own difference of
+// texts this long would take too long).
+::testing::AssertionResult SameDump(const std::string& found, const std::string& expected) {
+    if (found == expected) return ::testing::AssertionSuccess();
+    std::size_t at = 0;
+    while (at < found.size() && at < expected.size() && found[at] == expected[at])
+        ++at;
+    const std::size_t line = found.rfind('\n', at == 0 ? 0 : at - 1);
+    const std::size_t from = line == std::string::npos ? 0 : line + 1;
+    return ::testing::AssertionFailure()
+           << "first difference at byte " << at << ":\n  found:    " << found.substr(from, 120)
+           << "\n  expected: " << expected.substr(from, 120);
+}
+
+// Text n of the tests: an integer, a word, or a word outside the basic plane.
+std::string Mixed(int n) {
+    if (n % 3 == 0) return std::to_string(n);
+    return (n % 3 == 1 ? "w" : "\xF0\x9F\x98\x80") + std::to_string(n);
 }
 
 }  // namespace
@@ -79,29 +201,147 @@ TEST(XlsWriter, LargeSheetUsesDifatSectors) {
     }
 }
 
-// The largest sheet BIFF8 holds, with only its bottom-right cell filled (beyond it the
-// export answers false, see ExportTest).
-TEST(XlsWriter, FullSizeSheetFits) {
-    struct Corner : Xls::CellSource {
-        int Rows() const override { return Xls::MaxRows; }
-        int Cols() const override { return Xls::MaxCols; }
-        std::string_view Text(int row, int col) const override {
-            return row == Xls::MaxRows - 1 && col == Xls::MaxCols - 1 ? "7" : "";
-        }
-    };
-    const XlsSheet sheet = RoundTrip(Corner(), Xls::MaxRows - 1);
+// The largest sheet one worksheet holds, with only its bottom-right cell filled, stays on
+// one worksheet named as usual.
+TEST(XlsWriter, FullSizeSheetFitsOneWorksheet) {
+    const FunctionSource corner(Xls::MaxRows, Xls::MaxCols, [](int row, int col) {
+        return row == Xls::MaxRows - 1 && col == Xls::MaxCols - 1 ? "7" : "";
+    });
+    const XlsSheet sheet = RoundTrip(corner, Xls::MaxRows - 1);
     ASSERT_TRUE(sheet.opened);
+    EXPECT_EQ(sheet.sheetCount, 1u);
+    EXPECT_EQ(sheet.name, "Sheet1");
     EXPECT_EQ(sheet.rows, 65536u);
     EXPECT_EQ(sheet.cols, 256);
     EXPECT_EQ(sheet.At(65535, 255).number, 7);
 }
 
-TEST(XlsWriter, TextLongerThanACellHoldsAnswersFalse) {
-    for (const std::size_t length : {32767u, 32768u}) {
-        bool sent = false;
-        const FunctionSource cells(1, 1, [&](int, int) { return std::string(length, 'q'); });
-        EXPECT_EQ(Xls::WriteWorkbook(cells, [&](std::string_view) { return sent = true; }),
-                  length <= 32767);
-        EXPECT_EQ(sent, length <= 32767);
+// A sheet longer or wider than a worksheet continues on further worksheets, and both
+// readers find every cell where the worksheet's name says it came from.
+struct SplitCase {
+    const char* name;
+    int rows;
+    int cols;
+    std::vector<std::string> sheets;
+};
+void PrintTo(const SplitCase& c, std::ostream* os) {
+    *os << c.name;
+}
+class XlsSplit : public ::testing::TestWithParam<SplitCase> {};
+
+TEST_P(XlsSplit, SheetContinuesOnFurtherWorksheets) {
+    const SplitCase& c = GetParam();
+    const FunctionSource cells(c.rows, c.cols, [&](int r, int col) {
+        return (r + col) % 4 == 1 ? std::string() : Mixed(r * c.cols + col);
+    });
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("big.xls"));
+    ASSERT_TRUE(WriteFile(cells, path));
+    const std::string expected = ExpectedDump(cells, c.sheets);
+    EXPECT_TRUE(SameDump(XlrdDump(path), expected));
+    EXPECT_TRUE(SameDump(FreeXlDump(path), expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, XlsSplit,
+    ::testing::Values(SplitCase{"long",
+                                Xls::MaxRows * 2 + 5,
+                                2,
+                                {"Rows 1-65536", "Rows 65537-131072", "Rows 131073-131077"}},
+                      SplitCase{
+                          "wide", 5, Xls::MaxCols + 3, {"Columns 1-256", "Columns 257-259"}}));
+
+// Texts of characters outside the basic plane, long enough to go on in a CONTINUE record;
+// a prefix of 0 to 3 basic-plane characters moves the record boundary onto every position
+// of a surrogate pair.
+class XlsSurrogates : public ::testing::TestWithParam<int> {};
+
+TEST_P(XlsSurrogates, PairsStayWholeAcrossContinueRecords) {
+    std::string text;
+    for (int i = 0; i < GetParam(); ++i)
+        text += "ж";
+    for (int i = 0; i < 2100; ++i)  // U+1F600 to U+1F63F: 4 bytes in UTF-8, 2 units in UTF-16
+        text += std::string("\xF0\x9F\x98") + static_cast<char>(0x80 + i % 64);
+    const FunctionSource cells(2, 1, [&](int r, int) { return r == 0 ? text : "end"; });
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("emoji.xls"));
+    ASSERT_TRUE(WriteFile(cells, path));
+    const std::string expected = ExpectedDump(cells, {"Sheet1"});
+    EXPECT_TRUE(SameDump(XlrdDump(path), expected));
+    EXPECT_TRUE(SameDump(FreeXlDump(path), expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(Prefixes, XlsSurrogates, ::testing::Range(0, 4));
+
+// A text longer than a cell holds is cut to 32767 UTF-16 units, one fewer where the cut
+// would halve a surrogate pair; the rest of the workbook is kept. (Read by xlrd: libfreexl
+// cannot read a text spread over more than two records.)
+TEST(XlsWriter, TextLongerThanACellHoldsIsCut) {
+    const std::string emoji = "\xF0\x9F\x98\x80";
+    std::string emojis;
+    for (int i = 0; i < 20000; ++i)
+        emojis += emoji;
+    auto repeat = [](const std::string& s, int n) {
+        std::string out;
+        for (int i = 0; i < n; ++i)
+            out += s;
+        return out;
+    };
+    // Each text with what a cell keeps of it.
+    const std::vector<std::pair<std::string, std::string>> texts = {
+        {std::string(32767, 'q'), std::string(32767, 'q')},
+        {std::string(40000, 'r'), std::string(32767, 'r')},
+        {"é" + std::string(40000, 's'), "é" + std::string(32766, 's')},
+        {emojis, repeat(emoji, 16383)},
+        {"a" + emojis, "a" + repeat(emoji, 16383)},
+    };
+    const FunctionSource written(int(texts.size()) + 1, 1, [&](int r, int) {
+        return r < int(texts.size()) ? texts[r].first : "after";
+    });
+    const FunctionSource kept(int(texts.size()) + 1, 1, [&](int r, int) {
+        return r < int(texts.size()) ? texts[r].second : "after";
+    });
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("long.xls"));
+    ASSERT_TRUE(WriteFile(written, path));
+    EXPECT_TRUE(SameDump(XlrdDump(path), ExpectedDump(kept, {"Sheet1"})));
+}
+
+// LibreOffice reads a workbook that continues over three worksheets, with texts outside
+// the basic plane, cell for cell: each sheet converted to CSV (the workbook's raw values,
+// UTF-8).
+TEST(XlsWriter, LibreOfficeReadsEveryWorksheet) {
+    const FunctionSource cells(40, 600, [](int r, int c) {
+        return (r + c) % 4 == 0 ? std::string() : Mixed(r * 600 + c);
+    });
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("wide.xls"));
+    ASSERT_TRUE(WriteFile(cells, path));
+    RunProgram(
+        QStringLiteral("soffice"),
+        {QStringLiteral("-env:UserInstallation=file://") + dir.filePath(QStringLiteral("profile")),
+         QStringLiteral("--headless"), QStringLiteral("--convert-to"),
+         QStringLiteral("csv:Text - txt - csv (StarCalc):9,34,76,1,,0,false,true,false,false,"
+                        "false,-1"),
+         QStringLiteral("--outdir"), dir.path(), path});
+
+    std::string found;
+    const std::vector<std::string> names = {"Columns 1-256", "Columns 257-512", "Columns 513-600"};
+    for (const std::string& name : names) {
+        QFile csv(dir.filePath(QStringLiteral("wide-%1.csv").arg(QString::fromStdString(name))));
+        ASSERT_TRUE(csv.open(QIODevice::ReadOnly)) << name;
+        const QStringList lines = QString::fromUtf8(csv.readAll()).split(QLatin1Char('\n'));
+        std::string body;
+        for (int r = 0; r < lines.size(); ++r) {
+            QString line = lines[r];
+            if (line.endsWith(QLatin1Char('\r'))) line.chop(1);
+            const QStringList fields = line.split(QLatin1Char('\t'));
+            for (int c = 0; c < fields.size(); ++c) {
+                if (fields[c].isEmpty()) continue;
+                body += Line(std::to_string(r), std::to_string(c), fields[c].toStdString());
+            }
+        }
+        found += "# " + name + "\n" + body;
     }
+    EXPECT_TRUE(SameDump(found, ExpectedDump(cells, names)));
 }

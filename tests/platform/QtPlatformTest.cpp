@@ -5,8 +5,11 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMessageBox>
+#include <QMimeDatabase>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -32,6 +35,80 @@ TEST(QtPlatformTest, FindsOnlyOrdinaryVisibleFiles) {
     EXPECT_FALSE(platform.FileExists(dir.filePath("plain")));  // no extension is guessed
     EXPECT_FALSE(platform.FileExists(dir.path()));             // a folder is no file
 }
+
+// The desktop's associations, in a scratch home: which lists name which program for the
+// help file's type (or its alias), and whether that program is installed.
+struct AssociationCase {
+    const char* name;
+    const char* file;  // under the scratch folder
+    const char* text;
+    bool installed;
+    bool found;
+};
+void PrintTo(const AssociationCase& c, std::ostream* os) {
+    *os << c.name;
+}
+class DefaultProgramTest : public ::testing::TestWithParam<AssociationCase> {};
+
+TEST_P(DefaultProgramTest, TellsWhetherTheDesktopHasAProgramForTheHelpFile) {
+    const AssociationCase& c = GetParam();
+    QTemporaryDir dir;
+    // Qt finds the types' database through XDG_DATA_DIRS too, and looks again only after a
+    // few seconds: load it before that points into the scratch folder.
+    ASSERT_TRUE(QMimeDatabase().mimeTypeForName("application/vnd.ms-htmlhelp").isValid());
+    const QByteArray saved[] = {qgetenv("XDG_CONFIG_HOME"), qgetenv("XDG_CONFIG_DIRS"),
+                                qgetenv("XDG_DATA_HOME"), qgetenv("XDG_DATA_DIRS"),
+                                qgetenv("XDG_CURRENT_DESKTOP")};
+    qputenv("XDG_CONFIG_HOME", dir.filePath("config").toUtf8());
+    qputenv("XDG_CONFIG_DIRS", dir.filePath("etc").toUtf8());
+    qputenv("XDG_DATA_HOME", dir.filePath("data").toUtf8());
+    qputenv("XDG_DATA_DIRS", dir.filePath("usr").toUtf8());
+    qputenv("XDG_CURRENT_DESKTOP", "Test");
+    auto write = [&](const QString& path, const QByteArray& text) {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    };
+    write(dir.filePath("help.chm"), "ITSF");
+    if (*c.file) write(dir.filePath(c.file), c.text);
+    if (c.installed) {
+        write(dir.filePath("usr/applications/viewer.desktop"),
+              "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true %f\n");
+    }
+    QtPlatform platform;
+    EXPECT_EQ(QtPlatform::HasDefaultProgram(dir.filePath("help.chm")), c.found);
+    if (!c.found) {
+        EXPECT_FALSE(platform.ShellOpen(nullptr, dir.filePath("help.chm")));
+    }
+    const char* names[] = {"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS",
+                           "XDG_CURRENT_DESKTOP"};
+    for (int i = 0; i < 5; ++i)
+        saved[i].isNull() ? qunsetenv(names[i]) : qputenv(names[i], saved[i]);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, DefaultProgramTest,
+    ::testing::Values(
+        AssociationCase{"none", "", "", true, false},
+        AssociationCase{"user_default", "config/mimeapps.list",
+                        "[Default Applications]\napplication/vnd.ms-htmlhelp=viewer.desktop;\n",
+                        true, true},
+        AssociationCase{"not_installed", "config/mimeapps.list",
+                        "[Default Applications]\napplication/vnd.ms-htmlhelp=viewer.desktop\n",
+                        false, false},
+        AssociationCase{"desktop_list_alias", "etc/test-mimeapps.list",
+                        "[Added Associations]\napplication/x-chm=other.desktop;viewer.desktop\n",
+                        true, true},
+        AssociationCase{
+            "program_cache", "usr/applications/mimeinfo.cache",
+            "[MIME Cache]\ntext/html=x.desktop\napplication/vnd.ms-htmlhelp=viewer.desktop;\n",
+            true, true},
+        AssociationCase{"removed", "config/mimeapps.list",
+                        "[Removed Associations]\napplication/vnd.ms-htmlhelp=viewer.desktop\n",
+                        true, false},
+        AssociationCase{"other_type", "config/mimeapps.list",
+                        "[Default Applications]\ntext/html=viewer.desktop\n", true, false}));
 
 // Presses a button of the message box that opens next; keeps its title, text and buttons.
 struct SimulatedUser {

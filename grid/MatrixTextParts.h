@@ -1,0 +1,48 @@
+#pragma once
+// The pieces that the matrix-text parsers share: typography, numbers, lines and tokens,
+// and the parser of each family of printed or written matrices, which MatrixText::Parse
+// tries in turn. Every family parser answers an empty table when the text is not its own.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TextTable.h"
+
+namespace MatrixText::Parts {
+
+// Typographic forms rewritten as plain ASCII: dashes and minus signs as "-", spaces of
+// other widths as " ", exponents written "×10^-3", "·10⁻³" or "*^-3" as "E-3", and the
+// pieces of Unicode bracket art as "[" and "]". Nothing when the text has none of them.
+std::optional<std::string> NormaliseTypography(std::string_view text);
+
+// A number as the grid reads one: sign, digits, a decimal point, an exponent (E, D, or
+// Julia's f), or Inf, NaN and NA; also a fraction of two integers such as -1/2.
+bool IsNumber(std::string_view token);
+// The same with a comma between digits as the decimal separator (1,5).
+bool IsDecimalCommaNumber(std::string_view token);
+
+// Appends one entry as a cell: fractions become their decimal value, a decimal comma and
+// Julia's "f" exponent their usual forms; factor, unless 1, multiplies the number.
+void AddEntry(TextTable& table, std::string_view token, double factor = 1.0);
+// Whether a family parser recognised its text (the bound may have kept none of it).
+inline bool Recognised(const TextTable& table) {
+    return table.RowsRead() > 0;
+}
+
+bool IsBlank(char c);
+std::string_view Trim(std::string_view text);
+bool StartsWith(std::string_view text, std::string_view prefix);
+// The lines of a text, without their line ends ("\n", "\r\n" or "\r").
+std::vector<std::string_view> Lines(std::string_view text);
+// The tokens of a line separated by runs of blanks.
+std::vector<std::string_view> Tokens(std::string_view line);
+
+// The family parsers, each building a table with the given bound.
+TextTable ParseLatex(std::string_view text, TableBound bound);       // \begin{pmatrix}
+TextTable ParseRuledTable(std::string_view text, TableBound bound);  // Markdown, ASCII art
+TextTable ParseNestedList(std::string_view text, TableBound bound);  // [[1, 2]], array()
+TextTable ParseColumns(std::string_view text, TableBound bound);     // columns, printouts
+
+}  // namespace MatrixText::Parts

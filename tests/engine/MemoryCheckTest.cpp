@@ -1,0 +1,55 @@
+// Large allocations are weighed against what the machine reports before they are made.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "EngineTestSupport.h"
+#include "Matrix.h"
+#include "MemoryCheck.h"
+
+namespace {
+
+TEST(MemoryCheck, ReadsTheSystemsReports) {
+    const char* meminfo =
+        "MemTotal:       24000000 kB\nMemFree:         2000000 kB\n"
+        "MemAvailable:   16000000 kB\nBuffers:           10000 kB\nSwapTotal: 4000000 kB\n"
+        "SwapFree:        1000000 kB\n";
+    EXPECT_EQ(MemoryCheck::FromMeminfo(meminfo), std::size_t(17000000) * 1024);
+    EXPECT_EQ(MemoryCheck::FromMeminfo(""), SIZE_MAX);
+    EXPECT_EQ(MemoryCheck::FromCgroup("max\n", "123\n"), SIZE_MAX);
+    EXPECT_EQ(MemoryCheck::FromCgroup("", ""), SIZE_MAX);
+    EXPECT_EQ(MemoryCheck::FromCgroup("1000000\n", "400000\n"), 600000u);
+    EXPECT_EQ(MemoryCheck::FromCgroup("1000\n", "4000\n"), 0u);
+    EXPECT_GT(MemoryCheck::AvailableBytes(), std::size_t(64) << 20);  // this machine
+}
+
+// A matrix larger than the machine can give raises 7 and stays unsized; one that fits is
+// made as usual. The limit of a control group counts as well as the system's report.
+TEST(MemoryCheck, MatrixBeyondTheMachineRaises7) {
+    const auto dir = std::filesystem::temp_directory_path();
+    std::ofstream(dir / "kelvara-meminfo") << "MemAvailable: 300000 kB\nSwapFree: 0 kB\n";
+    std::ofstream(dir / "kelvara-cgroup-max") << "200000000\n";
+    std::ofstream(dir / "kelvara-cgroup-current") << "50000000\n";
+    const MemoryCheck::Sources saved = MemoryCheck::CurrentSources();
+    for (const bool cgroup : {false, true}) {
+        MemoryCheck::CurrentSources() = {(dir / "kelvara-meminfo").string(),
+                                         cgroup ? (dir / "kelvara-cgroup-max").string() : "",
+                                         (dir / "kelvara-cgroup-current").string()};
+        Matrix m;
+        m.Resize(3, 3);
+        ExpectRuntimeError(7, [&] { m.Resize(10000, 4000); });  // 320 MB
+        EXPECT_EQ(m.Rows(), 0);
+        if (cgroup) {
+            ExpectRuntimeError(7, [&] { m.Resize(5000, 3000); });  // 120 MB of 150
+        } else {
+            m.Resize(5000, 3000);
+            EXPECT_EQ(m.At(5000, 3000), 0.0);
+        }
+    }
+    MemoryCheck::CurrentSources() = saved;
+    for (const char* name : {"kelvara-meminfo", "kelvara-cgroup-max", "kelvara-cgroup-current"})
+        std::filesystem::remove(dir / name);
+}
+
+}  // namespace

@@ -1,0 +1,2 @@
+// Builds only if MemoryCheck.h, included first and alone, includes everything it uses.
+#include "MemoryCheck.h"
