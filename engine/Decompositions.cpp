@@ -143,21 +143,15 @@ void MakeIdentity(std::int16_t m, Matrix& Q) {
 void Reflect(const double* v, std::ptrdiff_t k, std::ptrdiff_t m, double* x, std::ptrdiff_t ldx,
              std::ptrdiff_t c0, std::ptrdiff_t c1, double* twoD) {
     if (c1 <= c0) return;
+    const std::ptrdiff_t width = c1 - c0;
     std::fill(twoD + c0, twoD + c1, 0.0);
-    for (std::ptrdiff_t i = k; i < m; ++i) {
-        const double vi = v[i];
-        const double* row = x + i * ldx;
-        for (std::ptrdiff_t j = c0; j < c1; ++j)
-            twoD[j] = twoD[j] + vi * row[j];
-    }
+    for (std::ptrdiff_t i = k; i < m; ++i)
+        Kernels::AddScaled(twoD + c0, x + i * ldx + c0, v[i], width);
     for (std::ptrdiff_t j = c0; j < c1; ++j)
         twoD[j] = 2.0 * twoD[j];
-    for (std::ptrdiff_t i = k; i < m; ++i) {
-        const double vi = v[i];
-        double* row = x + i * ldx;
-        for (std::ptrdiff_t j = c0; j < c1; ++j)
-            row[j] = row[j] - twoD[j] * vi;
-    }
+    // x(i, j) - (2 d(j)) * v(i): the product is the same in either order.
+    for (std::ptrdiff_t i = k; i < m; ++i)
+        Kernels::SubtractScaled(x + i * ldx + c0, twoD + c0, v[i], width);
 }
 
 Outcome ReflectFast(std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdiff_t steps, double* a,

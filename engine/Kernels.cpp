@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "Checked.h"
 #include "Parallel.h"
 #include "RuntimeError.h"
+#include "VectorPaths.h"
 
 namespace Kernels {
 
@@ -24,79 +26,29 @@ void CheckTraversal(std::int16_t rows, std::int16_t cols, const Matrix& m) {
 
 namespace {
 
-// Two doubles in one SSE2 register: the baseline of every x86-64 processor. Separate
-// multiply and add instructions (the engine is built without contraction), so a vector
-// lane rounds exactly like the scalar expression it stands for.
-using V2 = double __attribute__((vector_size(16)));
-
-inline V2 Load(const double* p) {
-    V2 v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-inline void Store(double* p, V2 v) {
-    std::memcpy(p, &v, sizeof v);
-}
-
-constexpr std::ptrdiff_t MR = 4;     // rows of a register tile
-constexpr std::ptrdiff_t NR = 4;     // columns of a register tile
 constexpr std::ptrdiff_t KC = 256;   // depth of a packed block
 constexpr std::ptrdiff_t MC = 96;    // rows of a packed block of a (stays in L2)
 constexpr std::ptrdiff_t NC = 2048;  // columns of a packed block of b
-
-// One MR x NR tile of c over kc steps of depth, from packed a (MR values per step) and
-// packed b (NR values per step).
-template <Update U>
-void Tile(std::ptrdiff_t kc, const double* ap, const double* bp, double* c, std::ptrdiff_t ldc) {
-    double* c0 = c;
-    double* c1 = c + ldc;
-    double* c2 = c + 2 * ldc;
-    double* c3 = c + 3 * ldc;
-    V2 x00 = Load(c0), x01 = Load(c0 + 2);
-    V2 x10 = Load(c1), x11 = Load(c1 + 2);
-    V2 x20 = Load(c2), x21 = Load(c2 + 2);
-    V2 x30 = Load(c3), x31 = Load(c3 + 2);
-    for (std::ptrdiff_t k = 0; k < kc; ++k) {
-        const V2 b0 = Load(bp), b1 = Load(bp + 2);
-        const V2 a0 = {ap[0], ap[0]}, a1 = {ap[1], ap[1]};
-        const V2 a2 = {ap[2], ap[2]}, a3 = {ap[3], ap[3]};
-        if constexpr (U == Update::Subtract) {
-            x00 = x00 - a0 * b0, x01 = x01 - a0 * b1;
-            x10 = x10 - a1 * b0, x11 = x11 - a1 * b1;
-            x20 = x20 - a2 * b0, x21 = x21 - a2 * b1;
-            x30 = x30 - a3 * b0, x31 = x31 - a3 * b1;
-        } else {
-            x00 = x00 + a0 * b0, x01 = x01 + a0 * b1;
-            x10 = x10 + a1 * b0, x11 = x11 + a1 * b1;
-            x20 = x20 + a2 * b0, x21 = x21 + a2 * b1;
-            x30 = x30 + a3 * b0, x31 = x31 + a3 * b1;
-        }
-        ap += MR;
-        bp += NR;
-    }
-    Store(c0, x00), Store(c0 + 2, x01);
-    Store(c1, x10), Store(c1 + 2, x11);
-    Store(c2, x20), Store(c2 + 2, x21);
-    Store(c3, x30), Store(c3 + 2, x31);
-}
+constexpr std::ptrdiff_t MaxTile = 8 * 16;
 
 // A partial tile at the block's edge: worked in a full-size copy whose padding is
 // discarded, so the elements that matter see the same operations as in a full tile.
-template <Update U>
-void EdgeTile(std::ptrdiff_t kc, const double* ap, const double* bp, double* c, std::ptrdiff_t ldc,
-              std::ptrdiff_t mr, std::ptrdiff_t nr) {
-    double tile[MR * NR] = {};
+void EdgeTile(VectorPaths::TileFunction tile, const VectorPaths::Kernels& k, std::ptrdiff_t kc,
+              const double* ap, const double* bp, double* c, std::ptrdiff_t ldc, std::ptrdiff_t mr,
+              std::ptrdiff_t nr) {
+    double copy[MaxTile] = {};
     for (std::ptrdiff_t i = 0; i < mr; ++i)
         for (std::ptrdiff_t j = 0; j < nr; ++j)
-            tile[i * NR + j] = c[i * ldc + j];
-    Tile<U>(kc, ap, bp, tile, NR);
+            copy[i * k.nr + j] = c[i * ldc + j];
+    tile(kc, ap, bp, copy, k.nr);
     for (std::ptrdiff_t i = 0; i < mr; ++i)
         for (std::ptrdiff_t j = 0; j < nr; ++j)
-            c[i * ldc + j] = tile[i * NR + j];
+            c[i * ldc + j] = copy[i * k.nr + j];
 }
 
 // a's rows [0, mc) x depth [0, kc) into panels of MR rows, step by step; missing rows as 0.
-void PackA(std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a, std::ptrdiff_t lda, double* out) {
+void PackA(std::ptrdiff_t MR, std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a,
+           std::ptrdiff_t lda, double* out) {
     for (std::ptrdiff_t i0 = 0; i0 < mc; i0 += MR) {
         const std::ptrdiff_t mr = std::min(MR, mc - i0);
         for (std::ptrdiff_t k = 0; k < kc; ++k) {
@@ -110,48 +62,56 @@ void PackA(std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a, std::ptrdiff_t
 }
 
 // b's depth [0, kc) x columns [0, nc) into panels of NR columns; missing columns as 0.
-void PackB(std::ptrdiff_t kc, std::ptrdiff_t nc, const double* b, std::ptrdiff_t ldb, double* out) {
+void PackB(std::ptrdiff_t NR, std::ptrdiff_t kc, std::ptrdiff_t nc, const double* b,
+           std::ptrdiff_t ldb, double* out) {
     for (std::ptrdiff_t j0 = 0; j0 < nc; j0 += NR) {
         const std::ptrdiff_t nr = std::min(NR, nc - j0);
         for (std::ptrdiff_t k = 0; k < kc; ++k) {
             const double* row = b + k * ldb + j0;
-            for (std::ptrdiff_t r = 0; r < nr; ++r)
-                out[r] = row[r];
-            for (std::ptrdiff_t r = nr; r < NR; ++r)
-                out[r] = 0.0;
+            if (nr == NR) {
+                std::memcpy(out, row, sizeof(double) * std::size_t(NR));
+            } else {
+                for (std::ptrdiff_t r = 0; r < nr; ++r)
+                    out[r] = row[r];
+                for (std::ptrdiff_t r = nr; r < NR; ++r)
+                    out[r] = 0.0;
+            }
             out += NR;
         }
     }
 }
 
 // The blocked product over rows [m0, m1) and columns [n0, n1) of c, on one thread.
-template <Update U>
-void Blocked(std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t n0, std::ptrdiff_t n1,
-             std::ptrdiff_t depth, const double* a, std::ptrdiff_t lda, const double* b,
-             std::ptrdiff_t ldb, double* c, std::ptrdiff_t ldc) {
+void Blocked(Update update, std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t n0,
+             std::ptrdiff_t n1, std::ptrdiff_t depth, const double* a, std::ptrdiff_t lda,
+             const double* b, std::ptrdiff_t ldb, double* c, std::ptrdiff_t ldc) {
+    const VectorPaths::Kernels& k = VectorPaths::Active();
+    const VectorPaths::TileFunction tile = update == Update::Subtract ? k.subtract : k.add;
+    const std::ptrdiff_t MR = k.mr, NR = k.nr;
     const std::ptrdiff_t kcMax = std::min(KC, depth);
-    std::vector<double> packedA(std::size_t(MC * kcMax));
-    std::vector<double> packedB(std::size_t(((std::min(NC, n1 - n0) + NR - 1) / NR) * NR * kcMax));
+    Scratch packedA(Scratch::PackedA, std::size_t(MC * kcMax));
+    Scratch packedB(Scratch::PackedB,
+                    std::size_t(((std::min(NC, n1 - n0) + NR - 1) / NR) * NR * kcMax));
     for (std::ptrdiff_t jc = n0; jc < n1; jc += NC) {
         const std::ptrdiff_t nc = std::min(NC, n1 - jc);
         // Depth blocks in ascending order keep each element's sum in the order of k.
         for (std::ptrdiff_t pc = 0; pc < depth; pc += KC) {
             const std::ptrdiff_t kc = std::min(KC, depth - pc);
-            PackB(kc, nc, b + pc * ldb + jc, ldb, packedB.data());
+            PackB(NR, kc, nc, b + pc * ldb + jc, ldb, packedB.Data());
             for (std::ptrdiff_t ic = m0; ic < m1; ic += MC) {
                 const std::ptrdiff_t mc = std::min(MC, m1 - ic);
-                PackA(mc, kc, a + ic * lda + pc, lda, packedA.data());
+                PackA(MR, mc, kc, a + ic * lda + pc, lda, packedA.Data());
                 for (std::ptrdiff_t jr = 0; jr < nc; jr += NR) {
                     const std::ptrdiff_t nr = std::min(NR, nc - jr);
-                    const double* bp = packedB.data() + jr * kc;
+                    const double* bp = packedB.Data() + jr * kc;
                     for (std::ptrdiff_t ir = 0; ir < mc; ir += MR) {
                         const std::ptrdiff_t mr = std::min(MR, mc - ir);
-                        const double* ap = packedA.data() + ir * kc;
-                        double* tile = c + (ic + ir) * ldc + jc + jr;
+                        const double* ap = packedA.Data() + ir * kc;
+                        double* target = c + (ic + ir) * ldc + jc + jr;
                         if (mr == MR && nr == NR)
-                            Tile<U>(kc, ap, bp, tile, ldc);
+                            tile(kc, ap, bp, target, ldc);
                         else
-                            EdgeTile<U>(kc, ap, bp, tile, ldc, mr, nr);
+                            EdgeTile(tile, k, kc, ap, bp, target, ldc, mr, nr);
                     }
                 }
             }
@@ -159,26 +119,74 @@ void Blocked(std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t n0, std::ptrdi
     }
 }
 
+// Buffers kept for reuse by each thread. Larger ones go back to the system after use.
+constexpr std::size_t KeepUpTo = std::size_t(1) << 22;  // doubles (32 MB)
+
+struct Kept {
+    std::unique_ptr<double[]> data;
+    std::size_t size = 0;
+    bool inUse = false;
+};
+
+thread_local Kept kept[Scratch::Slots];
+
 }  // namespace
+
+Scratch::Scratch(Slot slot, std::size_t count) : slot_(slot) {
+    Kept& k = kept[slot];
+    if (k.inUse) {  // a nested use of the same slot gets a buffer of its own
+        own_ = std::make_unique_for_overwrite<double[]>(std::max<std::size_t>(count, 1));
+        data_ = own_.get();
+        return;
+    }
+    if (k.size < count) {
+        k.data.reset();
+        k.size = 0;
+        k.data = std::make_unique_for_overwrite<double[]>(count);
+        k.size = count;
+    }
+    k.inUse = true;
+    data_ = k.data.get();
+}
+
+Scratch::~Scratch() {
+    if (own_) return;
+    Kept& k = kept[slot_];
+    k.inUse = false;
+    if (k.size > KeepUpTo) {
+        k.data.reset();
+        k.size = 0;
+    }
+}
 
 void MultiplyInto(Update update, std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdiff_t depth,
                   const double* a, std::ptrdiff_t lda, const double* b, std::ptrdiff_t ldb,
                   double* c, std::ptrdiff_t ldc, bool parallel) {
     if (m <= 0 || n <= 0 || depth <= 0) return;
+    const VectorPaths::Kernels& k = VectorPaths::Active();
     auto run = [&](std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t n0, std::ptrdiff_t n1) {
-        if (update == Update::Subtract)
-            Blocked<Update::Subtract>(m0, m1, n0, n1, depth, a, lda, b, ldb, c, ldc);
-        else
-            Blocked<Update::Add>(m0, m1, n0, n1, depth, a, lda, b, ldb, c, ldc);
+        Blocked(update, m0, m1, n0, n1, depth, a, lda, b, ldb, c, ldc);
     };
     const double work = parallel ? 2.0 * double(m) * double(n) * double(depth) : 0.0;
     // Workers take whole rows or whole columns of c: each element stays with one worker.
     if (m >= n)
-        Parallel::ForRange(0, m, MC, work,
+        Parallel::ForRange(0, m, k.mr, work,
                            [&](std::ptrdiff_t r0, std::ptrdiff_t r1) { run(r0, r1, 0, n); });
     else
-        Parallel::ForRange(0, n, 64, work,
+        Parallel::ForRange(0, n, k.nr, work,
                            [&](std::ptrdiff_t c0, std::ptrdiff_t c1) { run(0, m, c0, c1); });
+}
+
+void SubtractScaled(double* y, const double* x, double s, std::ptrdiff_t count) {
+    if (count > 0) VectorPaths::Active().subtractScaled(y, x, s, count);
+}
+
+double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return count > 0 ? VectorPaths::Active().subtractScaledMax(y, x, s, count) : -1.0;
+}
+
+void AddScaled(double* y, const double* x, double s, std::ptrdiff_t count) {
+    if (count > 0) VectorPaths::Active().addScaled(y, x, s, count);
 }
 
 void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
@@ -190,12 +198,8 @@ void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrd
     Parallel::ForRange(c0, n, 64, work, [&](std::ptrdiff_t j0, std::ptrdiff_t j1) {
         for (std::ptrdiff_t i = k0 + 1; i < kEnd; ++i) {
             double* row = a + i * lda;
-            for (std::ptrdiff_t k = k0; k < i; ++k) {
-                const double l = row[k];
-                const double* pivotRow = a + k * lda;
-                for (std::ptrdiff_t j = j0; j < j1; ++j)
-                    row[j] = row[j] - l * pivotRow[j];
-            }
+            for (std::ptrdiff_t k = k0; k < i; ++k)
+                SubtractScaled(row + j0, a + k * lda + j0, row[k], j1 - j0);
         }
     });
     // The rows below take every step of the block: a product of the multipliers and the
@@ -212,10 +216,18 @@ void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::pt
         double* row = a + i * lda;
         const double l = row[k] / pivot;
         row[k] = l;
-        for (std::ptrdiff_t j = k + 1; j < k1; ++j)
-            row[j] = row[j] - l * pivotRow[j];
+        SubtractScaled(row + k + 1, pivotRow + k + 1, l, k1 - k - 1);
     }
 }
+
+namespace {
+using V2 = double __attribute__((vector_size(16)));
+inline V2 Load(const double* p) {
+    V2 v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+}  // namespace
 
 bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda) {
     // x * 0 is 0 for every finite x and NaN otherwise; a NaN survives the sum.

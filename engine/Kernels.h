@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "Matrix.h"
 
@@ -38,6 +39,33 @@ void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrd
 // left to EliminateColumns.
 void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k,
                         std::ptrdiff_t k1);
+
+// y[j] = y[j] - s * x[j] and y[j] = y[j] + s * x[j] for j = 0 .. count - 1, in the widest
+// vectors of the processor (the same bits on every path).
+void SubtractScaled(double* y, const double* x, double s, std::ptrdiff_t count);
+void AddScaled(double* y, const double* x, double s, std::ptrdiff_t count);
+// SubtractScaled, answering the largest |y[j]| afterwards; NaNs are left out, and -1 stands
+// for no value.
+double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count);
+
+// A buffer of doubles that the calling thread keeps between calls, so that repeated work
+// neither asks the system for fresh zeroed pages nor gives them back every time. Its
+// contents are unspecified. Each slot is one buffer per thread; a slot already in use on
+// the thread gets a buffer of its own for the time being.
+class Scratch {
+public:
+    enum Slot { PackedA, PackedB, Operand, Result, Slots };
+    Scratch(Slot slot, std::size_t count);
+    ~Scratch();
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    double* Data() const { return data_; }
+
+private:
+    Slot slot_;
+    double* data_ = nullptr;
+    std::unique_ptr<double[]> own_;
+};
 
 // Whether every element of the rows by cols block is finite.
 bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda);

@@ -54,15 +54,24 @@ constexpr std::ptrdiff_t kPanel = 48;         // steps per block of the blocked 
     throw RuntimeError(RuntimeError::Overflow);
 }
 
-// A's block, rows by cols, as a contiguous row-major copy (bounds checked as described).
-std::vector<double> ReadBlock(std::int16_t rows, std::int16_t cols, const Matrix& A) {
-    Kernels::CheckTraversal(rows, cols, A);
-    std::vector<double> block(std::size_t(rows) * std::size_t(cols));
-    for (std::int16_t i = 1; i <= rows; ++i)
-        std::memcpy(block.data() + std::size_t(i - 1) * std::size_t(cols), A.RowData(i),
-                    sizeof(double) * std::size_t(cols));
-    return block;
-}
+// A's block, rows by cols, as a contiguous row-major copy (bounds checked as described) in
+// the calling thread's operand buffer.
+struct Block {
+    Kernels::Scratch buffer;
+    double* data;
+    std::size_t size;
+    Block(std::int16_t rows, std::int16_t cols, const Matrix& A)
+        : buffer((Kernels::CheckTraversal(rows, cols, A), Kernels::Scratch::Operand),
+                 std::size_t(rows) * std::size_t(cols)),
+          data(buffer.Data()),
+          size(std::size_t(rows) * std::size_t(cols)) {
+        for (std::int16_t i = 1; i <= rows; ++i)
+            std::memcpy(data + std::size_t(i - 1) * std::size_t(cols), A.RowData(i),
+                        sizeof(double) * std::size_t(cols));
+    }
+    double* begin() const { return data; }
+    double* end() const { return data + size; }
+};
 
 // ---------------------------------------------------------------- exact path -------------
 
@@ -189,24 +198,24 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
     return n;
 }
 
-// Solves L U X = P for the columns [c0, c1) of x (n by n, row-major), P being the
-// permuted identity already in x: forward with the unit lower triangle, then backward
-// with the upper one, both blocked so that most of the work is a product of blocks.
+// Solves L U X = I for the columns [c0, c1) of x (n by n, row-major), which holds the
+// identity: forward with the unit lower triangle, then backward with the upper one, both
+// blocked so that most of the work is a product of blocks. In the forward pass the rows
+// above c0 of these columns are zero, and stay +0 (x - l * (+0) is x, and +0 for x = +0), so
+// the updates they would make are left out without changing a bit.
 void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t c0,
                   std::ptrdiff_t c1) {
     const std::ptrdiff_t width = c1 - c0;
-    for (std::ptrdiff_t i0 = 0; i0 < n; i0 += kPanel) {
+    for (std::ptrdiff_t i0 = (c0 / kPanel) * kPanel; i0 < n; i0 += kPanel) {
         const std::ptrdiff_t i1 = std::min(i0 + kPanel, n);
-        Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0, lu + i0 * n, n, x + c0,
-                              n, x + i0 * n + c0, n, false);
-        for (std::ptrdiff_t i = i0 + 1; i < i1; ++i) {
+        if (i0 > c0)
+            Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0 - c0,
+                                  lu + i0 * n + c0, n, x + c0 * n + c0, n, x + i0 * n + c0, n,
+                                  false);
+        for (std::ptrdiff_t i = std::max(i0, c0) + 1; i < i1; ++i) {
             double* row = x + i * n;
-            for (std::ptrdiff_t k = i0; k < i; ++k) {
-                const double l = lu[i * n + k];
-                const double* other = x + k * n;
-                for (std::ptrdiff_t j = c0; j < c1; ++j)
-                    row[j] = row[j] - l * other[j];
-            }
+            for (std::ptrdiff_t k = std::max(i0, c0); k < i; ++k)
+                Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
         }
     }
     for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kPanel) {
@@ -215,12 +224,8 @@ void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t 
                               n, x + i1 * n + c0, n, x + i0 * n + c0, n, false);
         for (std::ptrdiff_t i = i1 - 1; i >= i0; --i) {
             double* row = x + i * n;
-            for (std::ptrdiff_t k = i + 1; k < i1; ++k) {
-                const double u = lu[i * n + k];
-                const double* other = x + k * n;
-                for (std::ptrdiff_t j = c0; j < c1; ++j)
-                    row[j] = row[j] - u * other[j];
-            }
+            for (std::ptrdiff_t k = i + 1; k < i1; ++k)
+                Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
             const double pivot = lu[i * n + i];
             for (std::ptrdiff_t j = c0; j < c1; ++j)
                 row[j] = row[j] / pivot;
@@ -264,10 +269,16 @@ std::ptrdiff_t CountPivots(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a, 
             for (std::ptrdiff_t i = r0; i < r1; ++i) {
                 double* row = a + i * cols;
                 const double l = row[k] / pivot;
-                for (std::ptrdiff_t j = k + 1; j < cols; ++j)
-                    row[j] = row[j] - l * pivotRow[j];
+                // The update and the search for the row's largest magnitude in one pass;
+                // the first column holding it is found afterwards.
+                const double largest =
+                    Kernels::SubtractScaledMax(row + k + 1, pivotRow + k + 1, l, cols - k - 1);
                 row[k] = 0.0;
-                largestOf(i, k + 1);
+                std::ptrdiff_t where = k + 1;
+                while (where < cols && !(std::fabs(row[where]) == largest))
+                    ++where;
+                rowLargest[std::size_t(i)] = largest;
+                rowWhere[std::size_t(i)] = where < cols ? where : k + 1;
             }
         });
     }
@@ -284,33 +295,48 @@ void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB
     Kernels::CheckTraversal(rowsA, colsB, C);
     const std::ptrdiff_t m = rowsA, n = colsB, depth = std::max<std::int16_t>(colsA, 0);
     // Each element is the plain sum over k in ascending order, starting from 0.
-    std::vector<double> product(std::size_t(m * n), 0.0);
+    if (&C != &A && &C != &B) {
+        // Straight into C's rows (C is checked to cover them, and shares no elements with
+        // the operands).
+        double* c = C.RowData(1);
+        const std::ptrdiff_t ldc = C.Cols();
+        for (std::ptrdiff_t i = 0; i < m; ++i)
+            std::fill(c + i * ldc, c + i * ldc + n, 0.0);
+        if (depth > 0)
+            Kernels::MultiplyInto(Kernels::Update::Add, m, n, depth, A.RowData(1), A.Cols(),
+                                  B.RowData(1), B.Cols(), c, ldc);
+        if (!Kernels::AllFinite(c, m, n, ldc)) RaiseOverflow();
+        return;
+    }
+    Kernels::Scratch buffer(Kernels::Scratch::Result, std::size_t(m * n));
+    double* product = buffer.Data();
+    std::fill(product, product + m * n, 0.0);
     if (depth > 0)
         Kernels::MultiplyInto(Kernels::Update::Add, m, n, depth, A.RowData(1), A.Cols(),
-                              B.RowData(1), B.Cols(), product.data(), n);
+                              B.RowData(1), B.Cols(), product, n);
     for (std::int16_t i = 1; i <= rowsA; ++i)
-        std::memcpy(C.RowData(i), product.data() + (i - 1) * n, sizeof(double) * std::size_t(n));
-    if (!Kernels::AllFinite(product.data(), m, n, n)) RaiseOverflow();
+        std::memcpy(C.RowData(i), product + (i - 1) * n, sizeof(double) * std::size_t(n));
+    if (!Kernels::AllFinite(product, m, n, n)) RaiseOverflow();
 }
 
 double MatrixDeterminant(std::int16_t n, const Matrix& A) {
     if (n < 1) return 1.0;  // the empty product
-    std::vector<double> a = ReadBlock(n, n, A);
-    if (auto exact = ReduceIntegers(n, n, a.data())) return exact->determinant;
+    Block a(n, n, A);
+    if (auto exact = ReduceIntegers(n, n, a.data)) return exact->determinant;
     // The determinant of an integer matrix is an integer: below 1/2 in magnitude it is 0.
     const bool integers =
         std::all_of(a.begin(), a.end(), [](double x) { return x == std::trunc(x); });
-    const std::vector<int> exponents = ScaleRows(n, n, a.data());
+    const std::vector<int> exponents = ScaleRows(n, n, a.data);
     std::vector<std::ptrdiff_t> pivots;
     bool odd;
-    if (FactorPartialPivot(n, a.data(), 0.0, pivots, odd) < n) return 0.0;
-    if (!Kernels::AllFinite(a.data(), n, n, n)) RaiseOverflow();
+    if (FactorPartialPivot(n, a.data, 0.0, pivots, odd) < n) return 0.0;
+    if (!Kernels::AllFinite(a.data, n, n, n)) RaiseOverflow();
     // The product of the pivots, its binary exponent kept apart.
     double mantissa = odd ? -1.0 : 1.0;
     long exponent = 0;
     for (std::ptrdiff_t k = 0; k < n; ++k) {
         int e;
-        mantissa = std::frexp(mantissa * a[std::size_t(k * n + k)], &e);
+        mantissa = std::frexp(mantissa * a.data[k * n + k], &e);
         exponent += e;
     }
     for (int e : exponents)
@@ -323,40 +349,80 @@ double MatrixDeterminant(std::int16_t n, const Matrix& A) {
 
 bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
     if (n < 1) return true;  // nothing to invert
-    std::vector<double> a = ReadBlock(n, n, A);
-    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, a.data());
+    Block a(n, n, A);
+    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, a.data);
     if (exact && exact->rank < n) return false;
-    const std::vector<int> exponents = ScaleRows(n, n, a.data());
+    const std::vector<int> exponents = ScaleRows(n, n, a.data);
     // A matrix known to be invertible stops only at a pivot that is exactly zero.
-    const double tolerance = exact ? 0.0 : Threshold(n, n, a.data());
+    const double tolerance = exact ? 0.0 : Threshold(n, n, a.data);
     std::vector<std::ptrdiff_t> pivots;
     bool odd;
-    if (FactorPartialPivot(n, a.data(), tolerance, pivots, odd) < n) return false;
-    if (!Kernels::AllFinite(a.data(), n, n, n)) RaiseOverflow();
-    // X starts as the identity with the row exchanges of the elimination applied.
+    if (FactorPartialPivot(n, a.data, tolerance, pivots, odd) < n) return false;
+    if (!Kernels::AllFinite(a.data, n, n, n)) RaiseOverflow();
+    // P A = L U, so inv A = inv U inv L P: X0 = inv U inv L is solved from the identity,
+    // and column k of X0 becomes column order[k] of the inverse, order being the row
+    // exchanges of the elimination applied to 0 .. n - 1.
     std::vector<std::ptrdiff_t> order(static_cast<std::size_t>(n));
     for (std::ptrdiff_t k = 0; k < n; ++k)
         order[std::size_t(k)] = k;
     for (std::ptrdiff_t k = 0; k < n; ++k)
         std::swap(order[std::size_t(k)], order[std::size_t(pivots[std::size_t(k)])]);
-    std::vector<double> x(std::size_t(n) * std::size_t(n), 0.0);
+    Kernels::Scratch inverse(Kernels::Scratch::Result, std::size_t(n) * std::size_t(n));
+    double* x = inverse.Data();
+    std::fill(x, x + n * n, 0.0);
     for (std::ptrdiff_t k = 0; k < n; ++k)
-        x[std::size_t(k * n + order[std::size_t(k)])] = 1.0;
-    // The columns of the inverse are independent: the workers share them out.
+        x[std::size_t(k * n + k)] = 1.0;
+    // The columns are independent. Column c costs about (n - c)^2 / 2 + n^2 / 2 steps, so
+    // they go in groups of equal cost, more groups than workers, taken as workers come free.
+    struct Groups {
+        std::ptrdiff_t n;
+        const double* lu;
+        double* x;
+        std::vector<std::ptrdiff_t> bounds{0};
+    } groups{n, a.data, x};
     const double work = 2.0 * double(n) * double(n) * double(n);
-    Parallel::ForRange(0, n, 16, work, [&](std::ptrdiff_t c0, std::ptrdiff_t c1) {
-        SolveColumns(n, a.data(), x.data(), c0, c1);
-    });
+    const std::ptrdiff_t count = work < 8.0e6 ? 1 : 4 * std::ptrdiff_t(Parallel::Workers());
+    const double nn = double(n) * double(n);
+    double total = 0;
+    for (std::ptrdiff_t c = 0; c < n; ++c)
+        total += (double(n - c) * double(n - c) + nn) / 2;
+    double done = 0;
+    for (std::ptrdiff_t c = 0; c + 1 < n; ++c) {
+        done += (double(n - c) * double(n - c) + nn) / 2;
+        const auto next = std::ptrdiff_t(groups.bounds.size());
+        if ((c + 1) % 8 == 0 && next < count && done >= total * double(next) / double(count))
+            groups.bounds.push_back(c + 1);
+    }
+    groups.bounds.push_back(n);
+    Parallel::RunParts(
+        std::ptrdiff_t(groups.bounds.size()) - 1,
+        [](void* context, std::ptrdiff_t part) {
+            const Groups& g = *static_cast<const Groups*>(context);
+            SolveColumns(g.n, g.lu, g.x, g.bounds[std::size_t(part)],
+                         g.bounds[std::size_t(part) + 1]);
+        },
+        &groups);
     // A' = S A with S = diag(2^-e), so inv A = inv A' S: column j takes the factor 2^-e(j).
-    for (std::ptrdiff_t i = 0; i < n; ++i)
-        for (std::ptrdiff_t j = 0; j < n; ++j) {
-            double& value = x[std::size_t(i * n + j)];
-            value = std::ldexp(value, -exponents[std::size_t(j)]);
+    // A product with a power of two rounds as ldexp does; ldexp itself only where the power
+    // is not a normal double.
+    std::vector<double> factors(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t j = 0; j < n; ++j) {
+        const int e = exponents[std::size_t(j)];
+        factors[std::size_t(j)] = e > -1000 && e < 1000 ? std::ldexp(1.0, -e) : 0.0;
+    }
+    std::vector<double> row(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+        double* xi = x + i * n;
+        for (std::ptrdiff_t k = 0; k < n; ++k) {
+            const std::size_t j = std::size_t(order[std::size_t(k)]);
+            row[j] = factors[j] != 0.0 ? xi[k] * factors[j] : std::ldexp(xi[k], -exponents[j]);
         }
-    if (!Kernels::AllFinite(x.data(), n, n, n)) RaiseOverflow();
+        std::copy(row.begin(), row.end(), xi);
+    }
+    if (!Kernels::AllFinite(x, n, n, n)) RaiseOverflow();
     if (Inv.Covers(n, n)) {
         for (std::int16_t i = 1; i <= n; ++i)
-            std::memcpy(Inv.RowData(i), x.data() + std::size_t(i - 1) * std::size_t(n),
+            std::memcpy(Inv.RowData(i), x + std::size_t(i - 1) * std::size_t(n),
                         sizeof(double) * std::size_t(n));
     } else {
         for (std::int16_t i = 1; i <= n; ++i)
@@ -368,12 +434,12 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
 
 std::int16_t MatrixRank(std::int16_t rows, std::int16_t cols, const Matrix& A) {
     if (rows < 1 || cols < 1) return 0;
-    std::vector<double> a = ReadBlock(rows, cols, A);
-    if (auto exact = ReduceIntegers(rows, cols, a.data()))
+    Block a(rows, cols, A);
+    if (auto exact = ReduceIntegers(rows, cols, a.data))
         return static_cast<std::int16_t>(exact->rank);
-    ScaleRows(rows, cols, a.data());
-    const double tolerance = Threshold(rows, cols, a.data());
-    return static_cast<std::int16_t>(CountPivots(rows, cols, a.data(), tolerance));
+    ScaleRows(rows, cols, a.data);
+    const double tolerance = Threshold(rows, cols, a.data);
+    return static_cast<std::int16_t>(CountPivots(rows, cols, a.data, tolerance));
 }
 
 }  // namespace MatrixModule

@@ -3,8 +3,28 @@
 // access. Its owner keeps the counts it works with separately and hands those to the
 // routines; the matrix's own bounds only decide which accesses are allowed.
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
+
+namespace MatrixStorage {
+// Element arrays of large matrices are handed back to a small store when a matrix is
+// released and handed out again to the next matrix of the same size, so that repeated
+// computations of one size reuse memory already in hand instead of fresh zeroed pages.
+double* Allocate(std::size_t count);
+void Free(double* elements, std::size_t count) noexcept;
+
+template <class T>
+struct Allocator {
+    using value_type = T;
+    Allocator() = default;
+    template <class U>
+    Allocator(const Allocator<U>&) {}
+    T* allocate(std::size_t count) { return Allocate(count); }
+    void deallocate(T* elements, std::size_t count) noexcept { Free(elements, count); }
+    friend bool operator==(const Allocator&, const Allocator&) { return true; }
+};
+}  // namespace MatrixStorage
 
 class Matrix {
 public:
@@ -36,5 +56,5 @@ public:
 private:
     std::int16_t rows_ = 0;
     std::int16_t cols_ = 0;
-    std::vector<double> data_;
+    std::vector<double, MatrixStorage::Allocator<double>> data_;
 };

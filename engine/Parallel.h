@@ -2,25 +2,34 @@
 // Splitting independent work between the processor's cores. The engine's results never
 // depend on how the work is split: every element is computed by exactly one worker, with
 // the same operations in the same order as on one core.
+//
+// The workers are threads started once, on first use, and kept waiting for work for the
+// life of the program, so a split costs a wake-up rather than a thread start.
 
 #include <algorithm>
 #include <cstddef>
-#include <system_error>
-#include <thread>
-#include <vector>
 
 namespace Parallel {
 
-// How many workers the machine offers (at least 1, at most 8).
-inline unsigned Workers() {
-    static const unsigned workers = std::clamp(std::thread::hardware_concurrency(), 1u, 8u);
-    return workers;
-}
+// How many workers the machine offers, the calling thread included (at least 1, at most 8).
+unsigned Workers();
+
+// Limits the workers used from now on to `count` (0 restores the machine's number). Results
+// are the same for every count; tests compare them.
+void LimitWorkers(unsigned count);
+
+// Runs task(context, part) for part = 0 .. parts - 1, part 0 on the calling thread and the
+// others on the waiting workers, and returns when all are done. A call made while the
+// workers are busy (from inside a task, or from a second thread) runs every part on the
+// calling thread. The task must not throw.
+void RunParts(std::ptrdiff_t parts, void (*task)(void* context, std::ptrdiff_t part),
+              void* context);
 
 // Runs body(begin, end) over contiguous parts of [first, last), one part per worker, each
-// part starting at a multiple of `grain` from first. `work` estimates the floating-point
-// operations of the whole range: below about a million, a second thread costs more than it
-// saves and the range runs on the calling thread. The body must not throw.
+// part starting at a multiple of `grain` from first and the parts as equal as the grain
+// allows. `work` estimates the floating-point operations of the whole range: below about a
+// million, waking a worker costs more than it saves and the range runs on the
+// calling thread. The body must not throw.
 template <class Body>
 void ForRange(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t grain, double work,
               Body&& body) {
@@ -34,23 +43,20 @@ void ForRange(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t grain, d
         body(first, last);
         return;
     }
-    std::vector<std::thread> helpers;
-    helpers.reserve(std::size_t(parts - 1));
-    auto bound = [&](std::ptrdiff_t part) {
-        return std::min(last, first + (units * part / parts) * grain);
-    };
-    std::ptrdiff_t inlineFrom = first;
-    for (std::ptrdiff_t part = 1; part < parts; ++part) {
-        const std::ptrdiff_t begin = bound(part), end = bound(part + 1);
-        try {
-            helpers.emplace_back([&body, begin, end] { body(begin, end); });
-        } catch (const std::system_error&) {
-            body(begin, end);  // no thread to be had: do the part here
+    struct Split {
+        std::ptrdiff_t first, last, grain, units, parts;
+        Body* body;
+        std::ptrdiff_t Bound(std::ptrdiff_t part) const {
+            return std::min(last, first + (units * part / parts) * grain);
         }
-    }
-    body(inlineFrom, bound(1));
-    for (auto& helper : helpers)
-        helper.join();
+    } split{first, last, grain, units, parts, &body};
+    RunParts(
+        parts,
+        [](void* context, std::ptrdiff_t part) {
+            const Split& s = *static_cast<const Split*>(context);
+            (*s.body)(s.Bound(part), s.Bound(part + 1));
+        },
+        &split);
 }
 
 }  // namespace Parallel

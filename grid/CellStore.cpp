@@ -54,6 +54,44 @@ bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
     return true;
 }
 
+bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts, int count,
+                            int rowWidth) {
+    int last = count;  // one past the last non-empty text
+    while (last > 0 && texts[last - 1].empty())
+        --last;
+    const auto r = std::size_t(row);
+    if (last > 0 && r >= rows_.size()) rows_.resize(r + 1);
+    if (r >= rows_.size() || blocks_.size() + 64 >= kMaxBlocks) {
+        // Nothing to store, or the arena is near its last block number: one by one.
+        bool changed = false;
+        for (int i = 0; i < count; ++i)
+            changed = SetText(row, firstCol + i, texts[i], rowWidth) || changed;
+        return changed;
+    }
+    auto& cells = rows_[r];
+    const std::size_t end = std::size_t(firstCol) + std::size_t(last);
+    if (cells.size() < end) {
+        const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
+        if (capacity > cells.capacity()) {
+            Grow((capacity - cells.capacity()) * sizeof(Ref));
+            cells.reserve(capacity);
+        }
+        cells.resize(end, 0);
+    }
+    bool changed = false, forgot = false;
+    const std::size_t stop = std::min(cells.size(), std::size_t(firstCol) + std::size_t(count));
+    for (std::size_t c = std::size_t(firstCol); c < stop; ++c) {
+        const std::string_view text = texts[c - std::size_t(firstCol)];
+        const Ref old = cells[c];
+        if (old == 0 ? text.empty() : Read(blocks_, old) == text) continue;
+        cells[c] = text.empty() ? 0 : Append(text);
+        changed = true;
+        if (old != 0) Forget(old), forgot = true;
+    }
+    if (forgot) CompactIfWasteful();
+    return changed;
+}
+
 // Asks the machine before each step of growth: a sheet of millions of cells ends with
 // run-time error 7 rather than with the process killed for want of memory.
 void CellStore::Grow(std::size_t bytes) {
@@ -66,6 +104,15 @@ void CellStore::Grow(std::size_t bytes) {
 }
 
 void CellStore::AddBlock(std::size_t size) {
+    // The smallest spare block that is large enough, if any.
+    auto spare = spare_.end();
+    for (auto it = spare_.begin(); it != spare_.end(); ++it)
+        if (it->size >= size && (spare == spare_.end() || it->size < spare->size)) spare = it;
+    if (spare != spare_.end()) {
+        blocks_.push_back(std::move(*spare));
+        spare_.erase(spare);
+        return;
+    }
     Grow(size);
     Block block;
     try {
@@ -126,6 +173,7 @@ void CellStore::Forget(Ref ref) {
 void CellStore::CompactIfWasteful() {
     if (liveBytes_ == 0) {
         if (!blocks_.empty()) {
+            KeepSpare(blocks_);
             blocks_.clear();
             blocks_.shrink_to_fit();
             deadBytes_ = 0;
@@ -153,6 +201,17 @@ void CellStore::Compact() {
         for (Ref& ref : cells) {
             if (ref != 0) ref = Append(Read(old, ref));
         }
+    }
+}
+
+void CellStore::KeepSpare(std::vector<Block>& blocks) {
+    std::size_t kept = 0;
+    for (const auto& block : spare_)
+        kept += block.size;
+    for (auto& block : blocks) {
+        if (!block.bytes || kept + block.size > kSpareBytes) continue;
+        kept += block.size;
+        spare_.push_back(std::move(block));
     }
 }
 
@@ -207,6 +266,8 @@ int CellStore::LastUsedCol() const {
 std::size_t CellStore::Bytes() const {
     std::size_t bytes = blocks_.capacity() * sizeof(Block) + rows_.capacity() * sizeof(rows_[0]);
     for (const auto& block : blocks_)
+        bytes += block.size;
+    for (const auto& block : spare_)
         bytes += block.size;
     for (const auto& cells : rows_)
         bytes += cells.capacity() * sizeof(Ref);

@@ -1,18 +1,6 @@
 #include "Exporters.h"
 
-#include <QColor>
 #include <QFileInfo>
-#include <QFont>
-#include <QFontMetricsF>
-#include <QGlyphRun>
-#include <QLineF>
-#include <QList>
-#include <QPageLayout>
-#include <QPageSize>
-#include <QPainter>
-#include <QPdfWriter>
-#include <QPen>
-#include <QRawFont>
 #include <QSaveFile>
 #include <algorithm>
 #include <array>
@@ -25,6 +13,7 @@
 
 #include "CellNumber.h"
 #include "GridModel.h"
+#include "PdfWriter.h"
 #include "XlsWriter.h"
 
 // What each export writes: the used range of the grid, that is data rows 1..LastUsedRow and
@@ -37,10 +26,7 @@
 // Web page: an HTML5 page in UTF-8 that is also well-formed XML, holding one <table> with a
 // <tr> per row and a <td> per cell; number cells carry class="n" and are right-aligned.
 //
-// PDF: A4 landscape pages holding the table with thin grid lines. Each page shows as many
-// rows and columns as fit; columns that do not fit continue on further pages, taken in the
-// order a spreadsheet prints: all rows of the first columns, then the next columns. A line
-// at the top of each page names the rows and columns it holds.
+// PDF: A4 landscape pages holding the table with thin grid lines; see PdfWriter.
 //
 // CSV: after RFC 4180, in UTF-8 without a byte order mark: a line per row ending in CR LF,
 // fields separated by commas, a field quoted (with quotes doubled) when it holds a comma, a
@@ -273,209 +259,15 @@ bool WriteHtml(const UsedRange& range, QIODevice& device) {
 
 // ---- PDF ----------------------------------------------------------------------------------
 
-// Draws the used range as a table on as many pages as it needs.
-//
-// A result sheet may hold millions of cells, so the common case is drawn without text
-// layout: texts of printable ASCII are placed glyph by glyph from a table of glyphs and
-// advances, and a whole row of a page goes out as one glyph run. Any other text (accents,
-// other scripts, characters the font lacks) is drawn by QPainter::drawText, which shapes it
-// and falls back to other fonts.
-class PdfTable {
-public:
-    PdfTable(const UsedRange& range, QPdfWriter& writer) : range_(range), writer_(writer) {}
-
-    bool Draw() {
-        QPainter painter;
-        if (!painter.begin(&writer_)) return false;
-        Prepare(painter);
-        MeasureColumns();
-        const int pageWidth = writer_.width();
-        const int pageHeight = writer_.height();
-        const int rowsPerPage =
-            std::max(1, static_cast<int>((pageHeight - captionHeight_) / rowHeight_));
-
-        // Bands of columns that fit across a page.
-        std::vector<std::pair<int, int>> columnBands;
-        for (int first = 0; first < range_.cols;) {
-            int last = first;
-            double width = widths_[first];
-            while (last + 1 < range_.cols && width + widths_[last + 1] <= pageWidth) {
-                width += widths_[++last];
-            }
-            columnBands.emplace_back(first, last);
-            first = last + 1;
-        }
-
-        bool firstPage = true;
-        for (const auto& [firstCol, lastCol] : columnBands) {
-            for (int firstRow = 0; firstRow < range_.rows; firstRow += rowsPerPage) {
-                if (!firstPage && !writer_.newPage()) return false;
-                firstPage = false;
-                const int lastRow = std::min(range_.rows, firstRow + rowsPerPage) - 1;
-                DrawPage(painter, firstRow, lastRow, firstCol, lastCol);
-            }
-        }
-        return painter.end();
-    }
-
-private:
-    static constexpr double PointSize = 8;
-
-    void Prepare(QPainter& painter) {
-        QFont base(QStringLiteral("DejaVu Sans"));
-        base.setStyleHint(QFont::SansSerif);
-        base.setPointSizeF(PointSize);
-        font_ = QFont(base, &writer_);  // resolved for the writer's resolution
-        painter.setFont(font_);
-        raw_ = QRawFont::fromFont(font_);
-        metrics_ = std::make_unique<QFontMetricsF>(font_, &writer_);
-        padding_ = metrics_->averageCharWidth() * 0.6;
-        rowHeight_ = std::ceil(metrics_->height() * 1.35);
-        captionHeight_ = rowHeight_ * 1.5;
-        ascent_ = metrics_->ascent();
-
-        QString ascii;
-        for (char16_t c = 0x20; c < 0x7F; ++c)
-            ascii.append(QChar(c));
-        const QList<quint32> glyphs = raw_.glyphIndexesForString(ascii);
-        const QList<QPointF> advances = raw_.advancesForGlyphIndexes(glyphs);
-        for (qsizetype i = 0; i < glyphs.size() && i < advances.size(); ++i) {
-            glyphs_[0x20 + i] = glyphs[i];
-            advances_[0x20 + i] = advances[i].x();
-        }
-    }
-
-    // The width of a text drawn from the glyph table, or a negative number when the text
-    // needs the general path.
-    double FastWidth(std::string_view text) const {
-        double width = 0;
-        for (const char ch : text) {
-            const auto c = static_cast<unsigned char>(ch);
-            if (c >= 0x80 || glyphs_[c] == 0) return -1;
-            width += advances_[c];
-        }
-        return width;
-    }
-
-    double TextWidth(std::string_view text) const {
-        const double fast = FastWidth(text);
-        if (fast >= 0) return fast;
-        return metrics_->horizontalAdvance(QString::fromUtf8(text.data(), Size(text)));
-    }
-
-    static qsizetype Size(std::string_view text) { return static_cast<qsizetype>(text.size()); }
-
-    // Each column is as wide as its widest text, within the width of a page.
-    void MeasureColumns() {
-        const double minimum = metrics_->averageCharWidth() * 4 + 2 * padding_;
-        const double maximum = writer_.width();
-        widths_.assign(static_cast<std::size_t>(range_.cols), minimum);
-        for (int r = 0; r < range_.rows; ++r) {
-            for (int c = 0; c < range_.cols; ++c) {
-                const std::string_view text = range_.Text(r, c);
-                if (text.empty()) continue;
-                double& width = widths_[static_cast<std::size_t>(c)];
-                width = std::max(width, std::min(maximum, TextWidth(text) + 2 * padding_));
-            }
-        }
-    }
-
-    void DrawPage(QPainter& painter, int firstRow, int lastRow, int firstCol, int lastCol) {
-        const double top = captionHeight_;
-        double right = 0;
-        std::vector<double> lefts;
-        for (int c = firstCol; c <= lastCol; ++c) {
-            lefts.push_back(right);
-            right += widths_[static_cast<std::size_t>(c)];
-        }
-        const double bottom = top + (lastRow - firstRow + 1) * rowHeight_;
-
-        painter.setPen(QColor(96, 96, 96));
-        painter.drawText(QPointF(0, ascent_), QStringLiteral("Rows %1\u2013%2, columns %3\u2013%4")
-                                                  .arg(firstRow + 1)
-                                                  .arg(lastRow + 1)
-                                                  .arg(firstCol + 1)
-                                                  .arg(lastCol + 1));
-
-        QList<QLineF> lines;
-        for (int r = firstRow; r <= lastRow + 1; ++r) {
-            const double y = top + (r - firstRow) * rowHeight_;
-            lines.append(QLineF(0, y, right, y));
-        }
-        for (const double x : lefts)
-            lines.append(QLineF(x, top, x, bottom));
-        lines.append(QLineF(right, top, right, bottom));
-        painter.setPen(QPen(QColor(176, 176, 176), writer_.resolution() / 288.0));
-        painter.drawLines(lines);
-
-        painter.setPen(Qt::black);
-        const char separator = UserDecimalSeparator();
-        QList<quint32> glyphs;
-        QList<QPointF> positions;
-        for (int r = firstRow; r <= lastRow; ++r) {
-            const double baseline =
-                top + (r - firstRow) * rowHeight_ + (rowHeight_ - metrics_->height()) / 2 + ascent_;
-            glyphs.clear();
-            positions.clear();
-            for (int c = firstCol; c <= lastCol; ++c) {
-                const std::string_view text = range_.Text(r, c);
-                if (text.empty()) continue;
-                const double left = lefts[static_cast<std::size_t>(c - firstCol)];
-                const double room = widths_[static_cast<std::size_t>(c)] - 2 * padding_;
-                const double fast = FastWidth(text);
-                if (fast < 0 || fast > room) {
-                    // Shaped text; a text wider than a whole page is cut short with an ellipsis.
-                    const QString shaped = metrics_->elidedText(
-                        QString::fromUtf8(text.data(), Size(text)), Qt::ElideRight, room);
-                    painter.drawText(QPointF(left + padding_, baseline), shaped);
-                    continue;
-                }
-                // Numbers are right-aligned, other texts left-aligned, as in a spreadsheet.
-                double x =
-                    CellNumber(text, separator) ? left + padding_ + room - fast : left + padding_;
-                for (const char ch : text) {
-                    const auto code = static_cast<unsigned char>(ch);
-                    // A space is left as a gap, which is how PDF readers find word breaks.
-                    if (code != ' ') {
-                        glyphs.append(glyphs_[code]);
-                        positions.append(QPointF(x, baseline));
-                    }
-                    x += advances_[code];
-                }
-            }
-            if (!glyphs.isEmpty()) {
-                QGlyphRun run;
-                run.setRawFont(raw_);
-                run.setGlyphIndexes(glyphs);
-                run.setPositions(positions);
-                painter.drawGlyphRun(QPointF(0, 0), run);
-            }
-        }
-    }
-
-    const UsedRange& range_;
-    QPdfWriter& writer_;
-    QFont font_;
-    QRawFont raw_;
-    std::unique_ptr<QFontMetricsF> metrics_;
-    std::array<quint32, 128> glyphs_{};
-    std::array<double, 128> advances_{};
-    std::vector<double> widths_;
-    double padding_ = 0;
-    double rowHeight_ = 1;
-    double captionHeight_ = 0;
-    double ascent_ = 0;
-};
-
 bool WritePdf(const UsedRange& range, QIODevice& device) {
-    QPdfWriter writer(&device);
-    writer.setCreator(QStringLiteral("Kelvara"));
-    writer.setTitle(QStringLiteral("Kelvara results"));
-    writer.setResolution(720);
-    writer.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Landscape,
-                                     QMarginsF(12, 12, 12, 12), QPageLayout::Millimeter));
-    PdfTable table(range, writer);
-    return table.Draw();
+    Pdf::Table table;
+    table.rows = range.rows;
+    table.cols = range.cols;
+    table.text = [&range](int row, int col) { return range.Text(row, col); };
+    return Pdf::WriteTable(table, UserDecimalSeparator(),
+                           [&device](const char* data, std::size_t size) {
+                               return WriteAll(device, std::string_view(data, size));
+                           });
 }
 
 }  // namespace

@@ -181,6 +181,35 @@ void GridModel::SetCellText(int row, int col, std::string_view utf8) {
     }
 }
 
+void GridModel::SetRowTexts(int row, int firstCol, const std::string_view* texts, int count) {
+    if (row < 0 || firstCol < 0 || count <= 0 || row >= kMaxIndex) return;
+    count = std::min(count, kMaxIndex - firstCol);
+    if (row == 0 || firstCol == 0 || count <= 0) {
+        // Headings keep their own notifications: cell by cell.
+        for (int i = 0; i < count; ++i)
+            SetCellText(row, firstCol + i, texts[i]);
+        return;
+    }
+    // Writing an empty text past the edge still grows the grid, as SetCellText does.
+    if (row >= d_->rows) SetRows(row + 1);
+    if (firstCol + count > d_->cols) SetCols(firstCol + count);
+    Storage& d = *d_;
+    if (!d.cells.SetRowTexts(row, firstCol, texts, count, d.cols)) return;
+    d.dirtyRows.Add(row);
+    d.dirtyCols.Add(firstCol);
+    d.dirtyCols.Add(firstCol + count - 1);
+    if (!d.flushQueued) {
+        d.flushQueued = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                d_->flushQueued = false;
+                FlushNotifications();
+            },
+            Qt::QueuedConnection);
+    }
+}
+
 int GridModel::CellFormat(int row, int col) const {
     if (row < 0 || col < 0 || row >= d_->rows || col >= d_->cols) return 0;
     const auto found = d_->formats.find(FormatKey(row, col));

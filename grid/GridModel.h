@@ -41,6 +41,10 @@ public:
         SetCellText(row, col, std::string_view(utf8));
     }
 
+    // The texts (UTF-8) of cells (row, firstCol) .. (row, firstCol + count - 1), written
+    // as SetCellText would one after another, in one step.
+    void SetRowTexts(int row, int firstCol, const std::string_view* texts, int count);
+
     // The display code of a cell; 10 marks a heading (drawn centred and bold).
     int CellFormat(int row, int col) const;
     void SetCellFormat(int row, int col, int format);

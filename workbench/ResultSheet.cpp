@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "Checked.h"
 #include "GridModel.h"
 #include "NumberText.h"
+#include "Parallel.h"
 
 // Positions on the sheet are 16-bit counts: every sum and product that yields a row, a
 // column or a count is checked, and leaving the range raises run-time error 6 before the
@@ -61,15 +64,7 @@ public:
         if (caption + rows <= 32767 && cols < 32767 && m.Covers(rows, cols)) {
             // No position can overflow and every element exists: the checks of the loop
             // below would all pass, so they are made once here.
-            char buffer[NumberTextCapacity];
-            for (int i = 1; i <= rows; ++i) {
-                const double* source = m.RowData(Count(i));
-                const int row = caption + i;
-                for (int j = 1; j <= cols; ++j) {
-                    const std::size_t length = NumberToChars(source[j - 1], buffer, separator_);
-                    sheet_.SetCellText(row, j + 1, std::string_view(buffer, length));
-                }
-            }
+            FastBlock(caption, rows, cols, m);
             return;
         }
         Checked::For(1, rows, [&](Count i) {
@@ -84,6 +79,45 @@ public:
     void TopRow(Count row) { sheet_.SetTopRow(row); }
 
 private:
+    // The texts of a few rows at a time are formatted by all cores, each core taking whole
+    // rows, and then go onto the sheet a row at a time, in order.
+    void FastBlock(int caption, int rows, int cols, const Matrix& m) {
+        constexpr int kRowsPerBatch = 64;
+        const std::size_t stride = NumberTextCapacity;
+        // Kept between reports, so a large one reuses the pages of the last.
+        // Only the window's thread writes reports; the workers fill these through pointers.
+        static std::vector<char> texts_;
+        static std::vector<std::uint8_t> lengths_;
+        static std::vector<std::string_view> views_;
+        const int batchRows = std::min(rows, kRowsPerBatch);
+        texts_.resize(std::size_t(batchRows) * std::size_t(cols) * stride);
+        lengths_.resize(std::size_t(batchRows) * std::size_t(cols));
+        views_.resize(std::size_t(cols));
+        for (int first = 1; first <= rows; first += kRowsPerBatch) {
+            const int count = std::min(kRowsPerBatch, rows - first + 1);
+            const double work = 200.0 * double(count) * double(cols);  // a text costs ~100 ns
+            char* const texts = texts_.data();
+            std::uint8_t* const lengths = lengths_.data();
+            Parallel::ForRange(0, count, 1, work, [&](std::ptrdiff_t r0, std::ptrdiff_t r1) {
+                for (std::ptrdiff_t r = r0; r < r1; ++r) {
+                    const double* source = m.RowData(Count(first + r));
+                    const std::size_t base = std::size_t(r) * std::size_t(cols);
+                    for (int j = 0; j < cols; ++j)
+                        lengths[base + std::size_t(j)] = static_cast<std::uint8_t>(NumberToChars(
+                            source[j], texts + (base + std::size_t(j)) * stride, separator_));
+                }
+            });
+            for (int r = 0; r < count; ++r) {
+                const std::size_t base = std::size_t(r) * std::size_t(cols);
+                for (int j = 0; j < cols; ++j)
+                    views_[std::size_t(j)] =
+                        std::string_view(texts_.data() + (base + std::size_t(j)) * stride,
+                                         lengths_[base + std::size_t(j)]);
+                sheet_.SetRowTexts(caption + first + r, 2, views_.data(), cols);
+            }
+        }
+    }
+
     GridModel& sheet_;
     char separator_;
 };
@@ -94,6 +128,13 @@ ResultSheet::ResultSheet(GridModel& sheet, const Operands& window, char decimalS
     : sheet_(sheet), window_(window), separator_(decimalSeparator) {}
 
 void ResultSheet::ClearResultSheet() {
+    // The cells that stay are emptied before the sheet shrinks: it then holds no text at
+    // all, and the grid keeps its text storage for the report that follows.
+    const int keptRows = std::min(sheet_.Rows(), 31) - 1;
+    const int keptCols = std::min(sheet_.Cols(), 11) - 1;
+    for (int i = 1; i <= keptRows; ++i)
+        for (int j = 1; j <= keptCols; ++j)
+            sheet_.SetCellText(i, j, std::string_view());
     sheet_.SetRows(31);
     sheet_.SetCols(11);
     // The bounds are read back from the grid, the columns' at the start of every row.

@@ -25,6 +25,7 @@
 #include "KeyCodes.h"
 #include "MatrixModule.h"
 #include "NumericValue.h"
+#include "OperandEntries.h"
 
 namespace {
 
@@ -89,11 +90,7 @@ void SizeAndNumberColumns(GridWidget& grid) {
 
 // The operand's entries from its grid, row by row; the heading row and column are not read.
 void ReadEntries(const GridWidget& grid, std::int16_t rows, std::int16_t cols, Matrix& m) {
-    const GridModel& model = grid.Model();
-    Checked::For(1, rows, [&](std::int16_t i) {
-        Checked::For(1, cols,
-                     [&](std::int16_t j) { m.At(i, j) = NumericValue(model.CellUtf8(i, j)); });
-    });
+    ReadOperandEntries(grid.Model(), rows, cols, m);
 }
 
 // The characters and released keys each kind of box lets through. The key numbers are the

@@ -32,7 +32,12 @@ export DISPLAY=:$(cat "$work/display")
 "$program" >"$work/program.log" 2>&1 &
 pids+=($!)
 
-window=$(timeout 30 xdotool search --sync --name '^Kelvara$' | head -n 1)
+window=$(timeout 60 xdotool search --sync --name '^Kelvara$' | head -n 1) || true
+if [ -z "$window" ]; then
+    echo "FAIL: no Kelvara window within 60 s; the program said:" >&2
+    cat "$work/program.log" >&2
+    exit 1
+fi
 xdotool windowfocus --sync "$window"
 # The texts come in by pasting (typing characters outside the keyboard map races with
 # xdotool's remapping): into cell (1, 1) of matrix A, by the window's fixed layout. Then
@@ -40,7 +45,7 @@ xdotool windowfocus --sync "$window"
 printf '5 \xe2\x82\xac\t\xe2\x88\x921\xe2\x80\xa6' | xclip -quiet -i -selection clipboard 2>/dev/null &
 pids+=($!)
 offered() { xclip -o -selection clipboard -t UTF8_STRING >/dev/null 2>&1; }
-poll 50 offered
+poll 100 offered || { echo "FAIL: xclip offers no text to paste" >&2; exit 1; }
 xdotool mousemove --window "$window" 95 165 click 1 key ctrl+v
 xdotool mousemove --window "$window" 95 165 click 1 \
     keydown shift mousemove --window "$window" 150 165 click 1 keyup shift key ctrl+c

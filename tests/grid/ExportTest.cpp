@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <csignal>
@@ -232,6 +233,26 @@ TEST_F(Export, PdfShowsTheCellTextsOnAsManyPagesAsTheyNeed) {
     for (const auto& row : table)
         for (const std::string& cell : row)
             ASSERT_TRUE(words.count(cell)) << cell;
+}
+
+// Texts in other scripts, and a text too wide for a page, keep their characters; every font
+// the file uses is embedded, as a subset of the glyphs it needs.
+TEST_F(Export, PdfEmbedsTheFontsOfEveryScript) {
+    Fill(grid_, {{"Ελληνικά кириллица", "12.5"}, {"עברית", std::string(300, 'w') + " end"}});
+    const QString path = Exported(GridExport::ExportPdf, "scripts.pdf");
+    const auto pdf = PdfText(path);
+    ASSERT_TRUE(pdf.has_value());
+    for (const char* expected : {"Ελληνικά кириллица", "12.5", "wwwwwwwwww"})
+        EXPECT_NE(pdf->first.find(expected), std::string::npos) << expected;
+    QProcess fonts;
+    fonts.start(QStringLiteral("pdffonts"), {path});
+    ASSERT_TRUE(fonts.waitForFinished(60000));
+    const QStringList lines =
+        QString::fromUtf8(fonts.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    ASSERT_GT(lines.size(), 2);
+    for (qsizetype i = 2; i < lines.size(); ++i)  // after the two heading lines
+        EXPECT_TRUE(lines[i].contains(QRegularExpression(R"(\+.*\s+yes\s+yes\s+yes\s)")))
+            << lines[i].toStdString();
 }
 
 TEST_F(Export, EmptyGridGivesValidEmptyFiles) {

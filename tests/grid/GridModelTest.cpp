@@ -7,6 +7,7 @@
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -162,6 +163,42 @@ TEST(GridModelTest, StorageStaysCompactThroughOverwritesAndClearing) {
     grid.SetCols(11);
     EXPECT_LT(grid.StorageBytes(), std::size_t(256 * 1024));
     EXPECT_EQ(grid.CellUtf8(30, 10), std::to_string(4 * 30 * 10));
+}
+
+// Writing a row of texts at once leaves the grid as writing them one by one: overwrites,
+// empty texts, and a row reaching past the grid's last row and column.
+TEST(GridModelTest, RowWritesMatchCellWrites) {
+    using Texts = std::vector<std::string_view>;
+    const std::tuple<int, int, Texts> writes[] = {
+        {2, 1, {"1", "", "x", "", ""}},     {2, 2, {"", "y", "zz", "w"}}, {7, 3, {"a", "b"}},
+        {40, 4, {"", "", "", "", "", "q"}}, {2, 1, {"", "", "", "", ""}}, {3, 1, {"", ""}}};
+    GridModel byRow, byCell;
+    for (const auto& [row, first, texts] : writes) {
+        byRow.SetRowTexts(row, first, texts.data(), int(texts.size()));
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            byCell.SetCellText(row, first + int(i), texts[i]);
+    }
+    ASSERT_EQ(std::make_pair(byRow.Rows(), byRow.Cols()),
+              std::make_pair(byCell.Rows(), byCell.Cols()));
+    for (int r = 0; r < byCell.Rows(); ++r)
+        for (int c = 0; c < byCell.Cols(); ++c)
+            EXPECT_EQ(byRow.CellUtf8(r, c), byCell.CellUtf8(r, c)) << r << ", " << c;
+    EXPECT_EQ(byRow.LastUsedRow(), byCell.LastUsedRow());
+}
+
+// A grid emptied and written again with as much text reuses the memory it had.
+TEST(GridModelTest, RefillingAClearedSheetReusesItsStorage) {
+    GridModel grid;
+    const std::vector<std::string_view> row(200, "-0.123456789012345");
+    std::size_t bytes = 0;
+    for (int round = 0; round < 3; ++round) {
+        grid.SetRows(1);
+        for (int r = 1; r <= 2000; ++r)
+            grid.SetRowTexts(r, 1, row.data(), int(row.size()));
+        if (round == 0) bytes = grid.StorageBytes();
+        EXPECT_EQ(grid.StorageBytes(), bytes) << round;
+    }
+    EXPECT_EQ(grid.CellUtf8(2000, 200), row[0]);
 }
 
 }  // namespace

@@ -109,6 +109,23 @@ TEST_F(WindowTest, ComputeReadsCountsAsTypedAndKeepsBWhileItIsDisabled) {
     EXPECT_EQ(window->Operand().MatB.At(2, 2), 8.0);
 }
 
+// A large operand is read by several cores; a cell beyond the range of a double still raises
+// 6, with the cells before it read.
+TEST_F(WindowTest, ANumberTooLargeInALargeOperandRaisesOverflow) {
+    window->Combo1->setCurrentIndex(0);
+    Type(window->Text1, "80");
+    Type(window->Text2, "50");
+    for (int i = 1; i <= 80; ++i)
+        for (int j = 1; j <= 50; ++j)
+            window->Grid1->SetCellText(i, j, QString::number(i * 100 + j));
+    window->Grid1->SetCellText(41, 7, "1E400");
+    window->mnuComp->trigger();
+    ASSERT_EQ(platform.Count("EndOnRuntimeError"), 1);
+    EXPECT_EQ(platform.errorNumber, 6);
+    EXPECT_EQ(window->Operand().MatA.At(41, 6), 4106.0);
+    EXPECT_EQ(window->Operand().MatA.At(40, 50), 4050.0);
+}
+
 // A run-time error is reported with its number, and nothing runs afterwards.
 struct ErrorCase {
     int operation;

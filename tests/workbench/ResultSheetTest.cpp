@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "GridModel.h"
+#include "NumberText.h"
 #include "RuntimeError.h"
 
 namespace {
@@ -202,6 +203,29 @@ const Report kReports[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Writers, ResultSheetReportTest, ::testing::ValuesIn(kReports),
                          [](const auto& info) { return std::string(info.param.name); });
+
+// Blocks large enough to be formatted by several cores and in several batches of rows:
+// every cell holds the text of its own element, and nothing else is written.
+TEST(ResultSheetTest, LargeBlocksHoldEachElementsText) {
+    Sheet s;
+    s.o.RowsB = 25;
+    Matrix A = Numbered(150, 25), B = Numbered(25, 90), C = Numbered(150, 90);
+    for (std::int16_t i = 1; i <= 150; ++i)
+        for (std::int16_t j = 1; j <= 90; ++j)
+            C.At(i, j) = (i * 31 + j) / 7.0 - 300;
+    s.w.ShowProductResult(150, 25, 90, A, B, C);
+    auto expectBlock = [&](int caption, const Matrix& m) {
+        for (std::int16_t i = 1; i <= m.Rows(); ++i)
+            for (std::int16_t j = 1; j <= m.Cols(); ++j)
+                ASSERT_EQ(s.grid.CellUtf8(caption + i, j + 1), NumberToText(m.At(i, j)))
+                    << caption << ": " << i << ", " << j;
+    };
+    expectBlock(1, A);
+    expectBlock(153, B);
+    expectBlock(180, C);
+    EXPECT_EQ(s.grid.CellUtf8(180, 1), "A * B =");
+    EXPECT_EQ(std::make_pair(s.grid.LastUsedRow(), s.grid.LastUsedCol()), std::make_pair(330, 91));
+}
 
 TEST(ResultSheetTest, UsesTheGivenDecimalSeparator) {
     GridModel grid;

@@ -1,0 +1,223 @@
+#include "VectorPaths.h"
+
+#include <atomic>
+#include <cstring>
+
+namespace VectorPaths {
+
+namespace {
+
+// GCC vector types; an operation on them is the same operation on every lane. The
+// engine is built without contraction, so a * b + c stays a multiply and an add.
+using V2 = double __attribute__((vector_size(16)));
+using V4 = double __attribute__((vector_size(32)));
+using V8 = double __attribute__((vector_size(64)));
+using I2 = long long __attribute__((vector_size(16)));
+using I4 = long long __attribute__((vector_size(32)));
+using I8 = long long __attribute__((vector_size(64)));
+
+// The bodies below are written once and inlined into one function per instruction set
+// (the `target` attribute), where the compiler turns the vector types into registers of
+// that width. They take and return no vector values, so no calling convention depends on
+// the instruction set.
+
+template <class V, int MR, int NV, bool Subtract>
+[[gnu::always_inline]] inline void TileBody(std::ptrdiff_t kc, const double* ap, const double* bp,
+                                            double* c, std::ptrdiff_t ldc) {
+    constexpr int W = int(sizeof(V) / sizeof(double));
+    V acc[MR][NV];
+#pragma GCC unroll 8
+    for (int r = 0; r < MR; ++r)
+#pragma GCC unroll 4
+        for (int v = 0; v < NV; ++v)
+            std::memcpy(&acc[r][v], c + r * ldc + v * W, sizeof(V));
+    for (std::ptrdiff_t k = 0; k < kc; ++k) {
+        V b[NV];
+#pragma GCC unroll 4
+        for (int v = 0; v < NV; ++v)
+            std::memcpy(&b[v], bp + v * W, sizeof(V));
+#pragma GCC unroll 8
+        for (int r = 0; r < MR; ++r) {
+            const double a = ap[r];
+#pragma GCC unroll 4
+            for (int v = 0; v < NV; ++v) {
+                if constexpr (Subtract)
+                    acc[r][v] = acc[r][v] - a * b[v];
+                else
+                    acc[r][v] = acc[r][v] + a * b[v];
+            }
+        }
+        ap += MR;
+        bp += NV * W;
+    }
+#pragma GCC unroll 8
+    for (int r = 0; r < MR; ++r)
+#pragma GCC unroll 4
+        for (int v = 0; v < NV; ++v)
+            std::memcpy(c + r * ldc + v * W, &acc[r][v], sizeof(V));
+}
+
+template <class V, bool Subtract>
+[[gnu::always_inline]] inline void RowBody(double* y, const double* x, double s,
+                                           std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
+    std::ptrdiff_t j = 0;
+    for (; j + W <= count; j += W) {
+        V vx, vy;
+        std::memcpy(&vx, x + j, sizeof(V));
+        std::memcpy(&vy, y + j, sizeof(V));
+        if constexpr (Subtract)
+            vy = vy - s * vx;
+        else
+            vy = vy + s * vx;
+        std::memcpy(y + j, &vy, sizeof(V));
+    }
+    for (; j < count; ++j) {
+        if constexpr (Subtract)
+            y[j] = y[j] - s * x[j];
+        else
+            y[j] = y[j] + s * x[j];
+    }
+}
+
+// A magnitude only replaces the largest so far when it is strictly larger, so a NaN never
+// does; the largest is exact, the same on every path.
+template <class V, class I>
+[[gnu::always_inline]] inline double RowMaxBody(double* y, const double* x, double s,
+                                                std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
+    const I magnitudeBits = I{} + 0x7FFFFFFFFFFFFFFFLL;
+    V largest = V{} - 1.0;
+    std::ptrdiff_t j = 0;
+    for (; j + W <= count; j += W) {
+        V vx, vy;
+        std::memcpy(&vx, x + j, sizeof(V));
+        std::memcpy(&vy, y + j, sizeof(V));
+        vy = vy - s * vx;
+        std::memcpy(y + j, &vy, sizeof(V));
+        const V magnitude = (V)((I)vy & magnitudeBits);
+        largest = magnitude > largest ? magnitude : largest;
+    }
+    double best = -1.0;
+    for (std::ptrdiff_t lane = 0; lane < W; ++lane)
+        if (largest[lane] > best) best = largest[lane];
+    for (; j < count; ++j) {
+        y[j] = y[j] - s * x[j];
+        const double magnitude = __builtin_fabs(y[j]);
+        if (magnitude > best) best = magnitude;
+    }
+    return best;
+}
+
+// ---- SSE2: 4 x 4 tiles --------------------------------------------------------------------
+
+void TileSse2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                 std::ptrdiff_t ldc) {
+    TileBody<V2, 4, 2, false>(kc, ap, bp, c, ldc);
+}
+void TileSse2Subtract(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                      std::ptrdiff_t ldc) {
+    TileBody<V2, 4, 2, true>(kc, ap, bp, c, ldc);
+}
+void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
+    RowBody<V2, true>(y, x, s, count);
+}
+void RowSse2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
+    RowBody<V2, false>(y, x, s, count);
+}
+double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return RowMaxBody<V2, I2>(y, x, s, count);
+}
+
+// ---- AVX2: 6 x 8 tiles (12 accumulators of 16 registers) -------------------------------
+
+#define KELVARA_AVX2 __attribute__((target("avx2")))
+KELVARA_AVX2 void TileAvx2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                              std::ptrdiff_t ldc) {
+    TileBody<V4, 6, 2, false>(kc, ap, bp, c, ldc);
+}
+KELVARA_AVX2 void TileAvx2Subtract(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                                   std::ptrdiff_t ldc) {
+    TileBody<V4, 6, 2, true>(kc, ap, bp, c, ldc);
+}
+KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
+    RowBody<V4, true>(y, x, s, count);
+}
+KELVARA_AVX2 void RowAvx2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
+    RowBody<V4, false>(y, x, s, count);
+}
+KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return RowMaxBody<V4, I4>(y, x, s, count);
+}
+
+// ---- AVX-512: 8 x 16 tiles (16 accumulators of 32 registers) ---------------------------
+
+#define KELVARA_AVX512 __attribute__((target("avx512f")))
+KELVARA_AVX512 void TileAvx512Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                                  std::ptrdiff_t ldc) {
+    TileBody<V8, 8, 2, false>(kc, ap, bp, c, ldc);
+}
+KELVARA_AVX512 void TileAvx512Subtract(std::ptrdiff_t kc, const double* ap, const double* bp,
+                                       double* c, std::ptrdiff_t ldc) {
+    TileBody<V8, 8, 2, true>(kc, ap, bp, c, ldc);
+}
+KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
+    RowBody<V8, true>(y, x, s, count);
+}
+KELVARA_AVX512 void RowAvx512Add(double* y, const double* x, double s, std::ptrdiff_t count) {
+    RowBody<V8, false>(y, x, s, count);
+}
+KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count) {
+    return RowMaxBody<V8, I8>(y, x, s, count);
+}
+
+constexpr Kernels kSse2{Path::Sse2,      4,          4,         TileSse2Add, TileSse2Subtract,
+                        RowSse2Subtract, RowSse2Add, RowSse2Max};
+constexpr Kernels kAvx2{Path::Avx2,      6,          8,         TileAvx2Add, TileAvx2Subtract,
+                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max};
+constexpr Kernels kAvx512{
+    Path::Avx512, 8,           16, TileAvx512Add, TileAvx512Subtract, RowAvx512Subtract,
+    RowAvx512Add, RowAvx512Max};
+
+const Kernels& For(Path path) {
+    switch (path) {
+        case Path::Avx512:
+            return kAvx512;
+        case Path::Avx2:
+            return kAvx2;
+        default:
+            return kSse2;
+    }
+}
+
+const Kernels* Widest() {
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx512f")) return &kAvx512;
+    if (__builtin_cpu_supports("avx2")) return &kAvx2;
+    return &kSse2;
+}
+
+std::atomic<const Kernels*>& Chosen() {
+    static std::atomic<const Kernels*> chosen{Widest()};
+    return chosen;
+}
+
+}  // namespace
+
+const Kernels& Active() {
+    return *Chosen().load(std::memory_order_relaxed);
+}
+
+std::vector<Path> Supported() {
+    std::vector<Path> paths{Path::Sse2};
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx2")) paths.push_back(Path::Avx2);
+    if (__builtin_cpu_supports("avx512f")) paths.push_back(Path::Avx512);
+    return paths;
+}
+
+void Use(Path path) {
+    Chosen().store(&For(path), std::memory_order_relaxed);
+}
+
+}  // namespace VectorPaths

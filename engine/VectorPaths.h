@@ -1,0 +1,42 @@
+#pragma once
+// The innermost loops of the engine in three widths: 2 doubles (SSE2, every x86-64
+// processor), 4 (AVX2) and 8 (AVX-512). The widest one the processor supports is chosen
+// once, at run time. Every path computes each element with the same operations in the same
+// order, separate multiplies and adds (never fused), so all paths give the same bits.
+// Internal to the engine.
+
+#include <cstddef>
+#include <vector>
+
+namespace VectorPaths {
+
+enum class Path { Sse2, Avx2, Avx512 };
+
+using TileFunction = void (*)(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                              std::ptrdiff_t ldc);
+using RowFunction = void (*)(double* y, const double* x, double s, std::ptrdiff_t count);
+using RowMaxFunction = double (*)(double* y, const double* x, double s, std::ptrdiff_t count);
+
+struct Kernels {
+    Path path;
+    std::ptrdiff_t mr, nr;  // rows and columns of a register tile
+    // c(r, j) = c(r, j) + a(r, k) * b(k, j) over k = 0 .. kc - 1 in order (the Subtract
+    // one: - instead of +), for a full mr x nr tile; a packed as mr values per step of k, b
+    // as nr values per step.
+    TileFunction add, subtract;
+    // y[j] = y[j] - s * x[j], and y[j] = y[j] + s * x[j], for j = 0 .. count - 1.
+    RowFunction subtractScaled, addScaled;
+    // subtractScaled, answering the largest |y[j]| afterwards (NaNs left out; -1 if none).
+    RowMaxFunction subtractScaledMax;
+};
+
+// The kernels in use: the widest path of this processor unless a test chose another.
+const Kernels& Active();
+
+// Every path this processor can run, narrowest first.
+std::vector<Path> Supported();
+
+// Makes `path` the one in use (it must be supported); for tests that compare paths.
+void Use(Path path);
+
+}  // namespace VectorPaths

@@ -1,0 +1,298 @@
+#include "PdfWriter.h"
+
+// cairo draws the pages and writes the PDF (content streams compressed, fonts embedded as
+// subsets with their character maps); Pango lays out texts that need shaping or a font
+// other than DejaVu Sans. Both come before any Qt header: Qt's keyword macros clash with
+// names in GLib's headers.
+#include <cairo-ft.h>
+#include <cairo-pdf.h>
+#include <cairo.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include FT_TRUETYPE_TABLES_H
+#include <pango/pangocairo.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "CellNumber.h"
+
+namespace Pdf {
+
+namespace {
+
+// Page geometry in points (1/72 inch): A4 landscape with 12 mm margins.
+constexpr double kPageWidth = 841.8898;   // 297 mm
+constexpr double kPageHeight = 595.2756;  // 210 mm
+constexpr double kMargin = 34.0157;       // 12 mm
+constexpr double kPointSize = 8;
+
+template <class T, void (*Free)(T*)>
+struct Deleter {
+    void operator()(T* p) const { Free(p); }
+};
+template <class T, void (*Free)(T*)>
+using Owned = std::unique_ptr<T, Deleter<T, Free>>;
+
+void FreeObject(PangoLayout* layout) {
+    g_object_unref(layout);
+}
+void FreeFont(PangoFont* font) {
+    g_object_unref(font);
+}
+
+cairo_status_t WriteBytes(void* closure, const unsigned char* data, unsigned int length) {
+    const auto& write = *static_cast<const std::function<bool(const char*, std::size_t)>*>(closure);
+    return write(reinterpret_cast<const char*>(data), length) ? CAIRO_STATUS_SUCCESS
+                                                              : CAIRO_STATUS_WRITE_ERROR;
+}
+
+class Writer {
+public:
+    Writer(const Table& table, char separator, cairo_t* cr)
+        : table_(table), separator_(separator), cr_(cr) {}
+
+    bool Draw() {
+        if (!Prepare()) return false;
+        MeasureColumns();
+        const int rowsPerPage =
+            std::max(1, static_cast<int>((height_ - captionHeight_) / rowHeight_));
+
+        // Bands of columns that fit across a page.
+        std::vector<std::pair<int, int>> bands;
+        for (int first = 0; first < table_.cols;) {
+            int last = first;
+            double width = widths_[std::size_t(first)];
+            while (last + 1 < table_.cols && width + widths_[std::size_t(last) + 1] <= width_)
+                width += widths_[std::size_t(++last)];
+            bands.emplace_back(first, last);
+            first = last + 1;
+        }
+        bool any = false;
+        for (const auto& [firstCol, lastCol] : bands) {
+            for (int firstRow = 0; firstRow < table_.rows; firstRow += rowsPerPage) {
+                const int lastRow = std::min(table_.rows, firstRow + rowsPerPage) - 1;
+                DrawPage(firstRow, lastRow, firstCol, lastCol);
+                cairo_show_page(cr_);
+                any = true;
+                if (cairo_status(cr_) != CAIRO_STATUS_SUCCESS) return false;
+            }
+        }
+        if (!any) cairo_show_page(cr_);  // an empty table: one empty page
+        return cairo_status(cr_) == CAIRO_STATUS_SUCCESS;
+    }
+
+private:
+    bool Prepare() {
+        cairo_translate(cr_, kMargin, kMargin);
+        layout_.reset(pango_cairo_create_layout(cr_));
+        PangoFontDescription* description = pango_font_description_from_string("DejaVu Sans");
+        pango_font_description_set_absolute_size(description, kPointSize * PANGO_SCALE);
+        pango_layout_set_font_description(layout_.get(), description);
+        font_.reset(pango_context_load_font(pango_layout_get_context(layout_.get()), description));
+        pango_font_description_free(description);
+        if (!font_ || !PANGO_IS_CAIRO_FONT(font_.get())) return false;
+        scaledFont_ = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font_.get()));
+        if (!scaledFont_ || cairo_scaled_font_status(scaledFont_) != CAIRO_STATUS_SUCCESS)
+            return false;
+
+        // The font's own line metrics: ascent and descent from its horizontal header, the
+        // average character width from its OS/2 table.
+        double averageWidth = kPointSize * 0.5;
+        if (FT_Face face = cairo_ft_scaled_font_lock_face(scaledFont_)) {
+            const double perUnit = kPointSize / face->units_per_EM;
+            ascent_ = face->ascender * perUnit;
+            descent_ = -face->descender * perUnit;
+            if (const auto* os2 = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2)))
+                averageWidth = os2->xAvgCharWidth * perUnit;
+            cairo_ft_scaled_font_unlock_face(scaledFont_);
+        } else {
+            cairo_font_extents_t extents;
+            cairo_scaled_font_extents(scaledFont_, &extents);
+            ascent_ = extents.ascent;
+            descent_ = extents.descent;
+        }
+        // Sizes are rounded as on a 720-dpi device, where the table was first laid out.
+        width_ = std::floor((kPageWidth - 2 * kMargin) * 10) / 10;
+        height_ = std::floor((kPageHeight - 2 * kMargin) * 10) / 10;
+        averageWidth_ = averageWidth;
+        padding_ = averageWidth * 0.6;
+        rowHeight_ = std::ceil((ascent_ + descent_) * 13.5) / 10;
+        captionHeight_ = rowHeight_ * 1.5;
+
+        // Glyphs and advances of printable ASCII, for texts drawn without layout.
+        std::string ascii;
+        for (char c = 0x20; c < 0x7F; ++c)
+            ascii += c;
+        cairo_glyph_t* glyphs = nullptr;
+        int count = 0;
+        if (cairo_scaled_font_text_to_glyphs(scaledFont_, 0, 0, ascii.data(), int(ascii.size()),
+                                             &glyphs, &count, nullptr, nullptr,
+                                             nullptr) == CAIRO_STATUS_SUCCESS &&
+            count == int(ascii.size())) {
+            for (int i = 0; i < count; ++i) {
+                cairo_text_extents_t extents;
+                cairo_scaled_font_glyph_extents(scaledFont_, &glyphs[i], 1, &extents);
+                glyphs_[std::size_t(0x20 + i)] = glyphs[i].index;
+                advances_[std::size_t(0x20 + i)] = extents.x_advance;
+            }
+        }
+        cairo_glyph_free(glyphs);
+        return true;
+    }
+
+    // The width of a text drawn from the glyph table, or a negative number when the text
+    // needs layout.
+    double FastWidth(std::string_view text) const {
+        double width = 0;
+        for (const char ch : text) {
+            const auto c = static_cast<unsigned char>(ch);
+            if (c < 0x20 || c >= 0x7F || (glyphs_[c] == 0 && c != ' ')) return -1;
+            width += advances_[c];
+        }
+        return width;
+    }
+
+    double LayoutWidth(std::string_view text) {
+        pango_layout_set_width(layout_.get(), -1);
+        pango_layout_set_text(layout_.get(), text.data(), int(text.size()));
+        PangoRectangle logical;
+        pango_layout_get_extents(layout_.get(), nullptr, &logical);
+        return double(logical.width) / PANGO_SCALE;
+    }
+
+    // Each column is as wide as its widest text, within the width of a page.
+    void MeasureColumns() {
+        const double minimum = averageWidth_ * 4 + 2 * padding_;
+        widths_.assign(std::size_t(table_.cols), minimum);
+        for (int r = 0; r < table_.rows; ++r) {
+            for (int c = 0; c < table_.cols; ++c) {
+                const std::string_view text = table_.text(r, c);
+                if (text.empty()) continue;
+                double width = FastWidth(text);
+                if (width < 0) width = LayoutWidth(text);
+                double& column = widths_[std::size_t(c)];
+                column = std::max(column, std::min(width_, width + 2 * padding_));
+            }
+        }
+    }
+
+    // A text laid out by Pango with its baseline at (x, baseline), cut short with an
+    // ellipsis when wider than `room` (room < 0: never).
+    void ShowLayout(double x, double baseline, std::string_view text, double room) {
+        pango_layout_set_text(layout_.get(), text.data(), int(text.size()));
+        pango_layout_set_width(layout_.get(), room < 0 ? -1 : int(room * PANGO_SCALE));
+        pango_layout_set_ellipsize(layout_.get(),
+                                   room < 0 ? PANGO_ELLIPSIZE_NONE : PANGO_ELLIPSIZE_END);
+        const double top =
+            baseline - double(pango_layout_get_baseline(layout_.get())) / PANGO_SCALE;
+        cairo_move_to(cr_, x, top);
+        pango_cairo_show_layout(cr_, layout_.get());
+    }
+
+    void DrawPage(int firstRow, int lastRow, int firstCol, int lastCol) {
+        const double top = captionHeight_;
+        double right = 0;
+        lefts_.clear();
+        for (int c = firstCol; c <= lastCol; ++c) {
+            lefts_.push_back(right);
+            right += widths_[std::size_t(c)];
+        }
+        const double bottom = top + (lastRow - firstRow + 1) * rowHeight_;
+
+        char caption[96];
+        std::snprintf(caption, sizeof caption, "Rows %d\u2013%d, columns %d\u2013%d", firstRow + 1,
+                      lastRow + 1, firstCol + 1, lastCol + 1);
+        cairo_set_source_rgb(cr_, 96 / 255.0, 96 / 255.0, 96 / 255.0);
+        ShowLayout(0, ascent_, caption, -1);
+
+        for (int r = firstRow; r <= lastRow + 1; ++r) {
+            const double y = top + (r - firstRow) * rowHeight_;
+            cairo_move_to(cr_, 0, y);
+            cairo_line_to(cr_, right, y);
+        }
+        for (const double x : lefts_) {
+            cairo_move_to(cr_, x, top);
+            cairo_line_to(cr_, x, bottom);
+        }
+        cairo_move_to(cr_, right, top);
+        cairo_line_to(cr_, right, bottom);
+        cairo_set_source_rgb(cr_, 176 / 255.0, 176 / 255.0, 176 / 255.0);
+        cairo_set_line_width(cr_, 0.25);
+        cairo_stroke(cr_);
+
+        cairo_set_source_rgb(cr_, 0, 0, 0);
+        for (int r = firstRow; r <= lastRow; ++r) {
+            const double baseline =
+                top + (r - firstRow) * rowHeight_ + (rowHeight_ - ascent_ - descent_) / 2 + ascent_;
+            run_.clear();
+            for (int c = firstCol; c <= lastCol; ++c) {
+                const std::string_view text = table_.text(r, c);
+                if (text.empty()) continue;
+                const double left = lefts_[std::size_t(c - firstCol)];
+                const double room = widths_[std::size_t(c)] - 2 * padding_;
+                const double fast = FastWidth(text);
+                if (fast < 0 || fast > room) {
+                    // Shaped text; a text wider than a whole page is cut short.
+                    ShowLayout(left + padding_, baseline, text, room);
+                    continue;
+                }
+                // Numbers are right-aligned, other texts left-aligned, as in a spreadsheet.
+                double x =
+                    CellNumber(text, separator_) ? left + padding_ + room - fast : left + padding_;
+                for (const char ch : text) {
+                    const auto code = static_cast<unsigned char>(ch);
+                    // A space is left as a gap, which is how PDF readers find word breaks.
+                    if (code != ' ') run_.push_back(cairo_glyph_t{glyphs_[code], x, baseline});
+                    x += advances_[code];
+                }
+            }
+            if (!run_.empty()) {
+                cairo_set_scaled_font(cr_, scaledFont_);
+                cairo_show_glyphs(cr_, run_.data(), int(run_.size()));
+            }
+        }
+    }
+
+    const Table& table_;
+    char separator_;
+    cairo_t* cr_;
+    Owned<PangoLayout, FreeObject> layout_;
+    Owned<PangoFont, FreeFont> font_;
+    cairo_scaled_font_t* scaledFont_ = nullptr;  // owned by font_
+    std::array<unsigned long, 128> glyphs_{};
+    std::array<double, 128> advances_{};
+    std::vector<double> widths_;
+    std::vector<double> lefts_;
+    std::vector<cairo_glyph_t> run_;
+    double width_ = 0, height_ = 0;
+    double ascent_ = 0, descent_ = 0;
+    double averageWidth_ = 0, padding_ = 0;
+    double rowHeight_ = 1, captionHeight_ = 0;
+};
+
+}  // namespace
+
+bool WriteTable(const Table& table, char decimalSeparator,
+                const std::function<bool(const char*, std::size_t)>& write) {
+    Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_pdf_surface_create_for_stream(
+        WriteBytes, const_cast<std::function<bool(const char*, std::size_t)>*>(&write), kPageWidth,
+        kPageHeight));
+    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_TITLE, "Kelvara results");
+    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATOR, "Kelvara");
+    bool ok;
+    {
+        Owned<cairo_t, cairo_destroy> cr(cairo_create(surface.get()));
+        ok = Writer(table, decimalSeparator, cr.get()).Draw();
+    }
+    cairo_surface_finish(surface.get());
+    return ok && cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS;
+}
+
+}  // namespace Pdf

@@ -1,0 +1,2 @@
+// Builds only if VectorPaths.h, included first and alone, includes everything it uses.
+#include "VectorPaths.h"
