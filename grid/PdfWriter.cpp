@@ -46,6 +46,9 @@ void FreeObject(PangoLayout* layout) {
 void FreeFont(PangoFont* font) {
     g_object_unref(font);
 }
+void FreeFontMap(PangoFontMap* map) {
+    g_object_unref(map);
+}
 
 cairo_status_t WriteBytes(void* closure, const unsigned char* data, unsigned int length) {
     const auto& write = *static_cast<const std::function<bool(const char*, std::size_t)>*>(closure);
@@ -91,7 +94,13 @@ public:
 private:
     bool Prepare() {
         cairo_translate(cr_, kMargin, kMargin);
-        layout_.reset(pango_cairo_create_layout(cr_));
+        // A font map of this export's own, released with it (the shared default one would
+        // stay for the life of the process).
+        fontMap_.reset(pango_cairo_font_map_new());
+        PangoContext* context = pango_font_map_create_context(fontMap_.get());
+        pango_cairo_update_context(cr_, context);
+        layout_.reset(pango_layout_new(context));
+        g_object_unref(context);
         PangoFontDescription* description = pango_font_description_from_string("DejaVu Sans");
         pango_font_description_set_absolute_size(description, kPointSize * PANGO_SCALE);
         pango_layout_set_font_description(layout_.get(), description);
@@ -263,6 +272,7 @@ private:
     const Table& table_;
     char separator_;
     cairo_t* cr_;
+    Owned<PangoFontMap, FreeFontMap> fontMap_;  // declared first: released last
     Owned<PangoLayout, FreeObject> layout_;
     Owned<PangoFont, FreeFont> font_;
     cairo_scaled_font_t* scaledFont_ = nullptr;  // owned by font_
