@@ -1,5 +1,5 @@
 // LaTeX matrices: the environments pmatrix, bmatrix, Bmatrix, vmatrix, Vmatrix, matrix,
-// smallmatrix and array (with its column spec), cells split at "&" and rows at "\\".
+// smallmatrix and array (with its column format), cells split at "&" and rows at "\\".
 #include <algorithm>
 #include <string>
 
@@ -121,7 +121,7 @@ TextTable ParseLatex(std::string_view text, TableBound bound) {
             if (const std::size_t after = SkipGroup(text, body, '[', ']');
                 after != std::string_view::npos)
                 body = after;
-            body = SkipGroup(text, body, '{', '}');  // the column spec
+            body = SkipGroup(text, body, '{', '}');  // the column format
             if (body == std::string_view::npos) return TextTable();
         }
         std::string end("\\end{");
