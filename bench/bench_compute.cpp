@@ -36,10 +36,15 @@ double PeakResidentMegabytes() {
     return static_cast<double>(usage.ru_maxrss) / 1024.0;  // ru_maxrss is in kilobytes
 }
 
+// The prepared windows, one per size; they are closed before the application object ends.
+std::map<int, std::unique_ptr<Window>>& Windows() {
+    static std::map<int, std::unique_ptr<Window>> windows;
+    return windows;
+}
+
 // A window showing "A*B" with both n x n operands in its grids, as the user would leave it.
 Window& PreparedWindow(int n) {
-    static std::map<int, std::unique_ptr<Window>> windows;
-    std::unique_ptr<Window>& slot = windows[n];
+    std::unique_ptr<Window>& slot = Windows()[n];
     if (slot) return *slot;
     slot = std::make_unique<Window>();
     frmMatrix& w = slot->window;
@@ -101,5 +106,6 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    Windows().clear();
     return 0;
 }
