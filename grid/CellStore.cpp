@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstring>
 #include <new>
-#include <stdexcept>
 #include <string>
 
 #include "MemoryCheck.h"
@@ -41,7 +40,8 @@ bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
         Forget(old);
         cells[c] = 0;
         Compact();
-        if (blocks_.size() + 1 >= kMaxBlocks) throw std::length_error("cell storage is full");
+        // Every block number holds live text: the sheet is as large as it can be.
+        if (blocks_.size() + 1 >= kMaxBlocks) throw RuntimeError(RuntimeError::OutOfMemory);
         cells[c] = Append(copy);
         return true;
     }
