@@ -169,16 +169,21 @@ void GridModel::SetCellText(int row, int col, std::string_view utf8) {
         d.dirtyRows.Add(row);
         d.dirtyCols.Add(col);
     }
-    if (!d.flushQueued) {
-        d.flushQueued = true;
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                d_->flushQueued = false;
-                FlushNotifications();
-            },
-            Qt::QueuedConnection);
-    }
+    QueueFlush();
+}
+
+// The views hear of every change made in one pass of the event loop at once, when the
+// loop comes back: one notification per changed rectangle instead of one per cell.
+void GridModel::QueueFlush() {
+    if (d_->flushQueued) return;
+    d_->flushQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            d_->flushQueued = false;
+            FlushNotifications();
+        },
+        Qt::QueuedConnection);
 }
 
 void GridModel::SetRowTexts(int row, int firstCol, const std::string_view* texts, int count) {
@@ -198,16 +203,7 @@ void GridModel::SetRowTexts(int row, int firstCol, const std::string_view* texts
     d.dirtyRows.Add(row);
     d.dirtyCols.Add(firstCol);
     d.dirtyCols.Add(firstCol + count - 1);
-    if (!d.flushQueued) {
-        d.flushQueued = true;
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                d_->flushQueued = false;
-                FlushNotifications();
-            },
-            Qt::QueuedConnection);
-    }
+    QueueFlush();
 }
 
 int GridModel::CellFormat(int row, int col) const {

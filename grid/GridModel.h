@@ -113,6 +113,8 @@ signals:
     void SheetFlagChanged(bool on);
 
 private:
+    // Delivers the gathered notifications when the event loop comes back.
+    void QueueFlush();
     struct Storage;
     Storage* d_;
 };
