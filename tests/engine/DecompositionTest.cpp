@@ -135,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(Decompositions, Worked, ::testing::Values(
     // A tiny column fails at once, with Q the identity; a wide A is refused before any work.
     Example{"QrTinyColumn", true, false, {{1e-20}, {1e-20}}, {}, {{1, 0}, {0, 1}}, {}},
     Example{"QrWide", true, false, {{1, 2, 3}, {4, 5, 6}}, {}, {}, {}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 struct Case {
@@ -229,7 +229,7 @@ INSTANTIATE_TEST_SUITE_P(Decompositions, AsReference, ::testing::Values(
     Case{"QrZeroColumn", true, MatrixOf({{0, 1}, {0, 2}}), "error 6"},
     Case{"QrOverflowInLaterStep", true, Random(50, 8, 4, 0, {{1, 8, 1e308}, {2, 8, -1e308}}),
          "error 6"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 TEST(Decompositions, BoundsErrors) {

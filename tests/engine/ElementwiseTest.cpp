@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, ElementRoutine, ::testing::Values(
          {{11, 21}, {U, U}, {U, U}}},
     Case{"TransposeThreeByTwo", [](Matrix& C) { TransposeMatrix(3, 2, A32, C); }, 9,
          {{11, 21, U}, {12, 22, U}}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 TEST(ElementRoutines, ACountOf32767EndsInOverflowAfterTheLastElement) {

@@ -13,17 +13,10 @@
 #include <vector>
 
 #include "Matrix.h"
+#include "NamedRows.h"
 #include "RuntimeError.h"
 
 using Rows = std::vector<std::vector<double>>;
-
-namespace {
-// A row of a test table (a struct with a `name`) prints as its name in failure messages.
-template <class Row>
-auto operator<<(std::ostream& os, const Row& row) -> decltype(os << row.name) {
-    return os << row.name;
-}
-}  // namespace
 
 // A rows by cols matrix with every element `fill`.
 inline Matrix Sized(int rows, int cols, double fill = 0.0) {

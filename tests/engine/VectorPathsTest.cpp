@@ -86,6 +86,6 @@ INSTANTIATE_TEST_SUITE_P(Paths, SameBitsOnEveryPath,
                                            Setting{Path::Avx2, 0, "AVX2_AllWorkers"},
                                            Setting{Path::Avx512, 1, "AVX512_OneWorker"},
                                            Setting{Path::Avx512, 0, "AVX512_AllWorkers"}),
-                         [](const auto& info) { return info.param.name; });
+                         ByName());
 
 }  // namespace

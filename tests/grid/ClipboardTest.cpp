@@ -5,6 +5,7 @@
 #include <QMimeData>
 
 #include "ClipboardFormats.h"
+#include "NamedRows.h"
 
 namespace {
 
@@ -16,10 +17,6 @@ struct ParseCase {
     std::string text;
     Rows expected;
 };
-
-void PrintTo(const ParseCase& c, std::ostream* os) {
-    *os << c.name;
-}
 
 class TsvParse : public ::testing::TestWithParam<ParseCase> {};
 
@@ -40,7 +37,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ParseCase{"quote_not_followed_by_tab", "\"a\"b\tc", {{"\"a\"b", "c"}}},
                       ParseCase{"empty_cells_kept", "a\t\t\n\tb\n", {{"a", "", ""}, {"", "b"}}},
                       ParseCase{"one_empty_cell", "\n", {{""}}}, ParseCase{"nothing", "", {}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 
 class PlainTextParse : public ::testing::TestWithParam<ParseCase> {};
 
@@ -64,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
         ParseCase{"tabs_win_over_commas", "1,5\t2\n", {{"1,5", "2"}}},
         ParseCase{"brackets_inside_text", "x [y]", {{"x [y]"}}},
         ParseCase{"unbalanced_nested", "[[1, 2], 3]", {{"[[1, 2], 3]"}}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 
 class HtmlParse : public ::testing::TestWithParam<ParseCase> {};
 
@@ -101,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "<td>d</td></tr></table>",
                   {{"a b c", "d"}}},
         ParseCase{"no_table", "<p>1 2</p>", {}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 
 // A bounded parse keeps exactly the top-left corner of what an unbounded one reads, and
 // cropping never changes how a text is taken (CSV or not, where a span ends).
@@ -110,10 +107,6 @@ struct BoundCase {
     TextTable (*parse)(std::string_view, TableBound);
     std::string text;
 };
-
-void PrintTo(const BoundCase& c, std::ostream* os) {
-    *os << c.name;
-}
 
 class BoundedParse : public ::testing::TestWithParam<BoundCase> {};
 
@@ -148,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
                           "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
                           "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
                           "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 
 const Rows kAwkward = {{"1", "-2.5E-07", ""},
                        {"tab\there", "line\nbreak", "\"quoted\""},

@@ -27,6 +27,7 @@
 #include "Exporters.h"
 #include "FreeXlSheet.h"
 #include "GridModel.h"
+#include "NamedRows.h"
 
 namespace {
 
@@ -347,6 +348,6 @@ INSTANTIATE_TEST_SUITE_P(Formats, ExportFailure,
                                            Format{"Pdf", GridExport::ExportPdf},
                                            Format{"Csv", GridExport::ExportCsv},
                                            Format{"Xml", GridExport::ExportXml}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         ByName());
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "ClipboardFormats.h"
 #include "GridWidget.h"
 #include "MatrixText.h"
+#include "NamedRows.h"
 
 namespace {
 
@@ -24,10 +25,6 @@ struct Sample {
     std::string text;
     Rows expected;
 };
-
-void PrintTo(const Sample& sample, std::ostream* os) {
-    *os << sample.name;
-}
 
 std::string SampleName(const ::testing::TestParamInfo<Sample>& info) {
     return info.param.name;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "FreeXlSheet.h"
+#include "NamedRows.h"
 #include "XlsWriter.h"
 
 namespace {
@@ -224,9 +225,6 @@ struct SplitCase {
     int cols;
     std::vector<std::string> sheets;
 };
-void PrintTo(const SplitCase& c, std::ostream* os) {
-    *os << c.name;
-}
 class XlsSplit : public ::testing::TestWithParam<SplitCase> {};
 
 TEST_P(XlsSplit, SheetContinuesOnFurtherWorksheets) {

@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include "Latin1Selection.h"
+#include "NamedRows.h"
 #include "QtPlatform.h"
 
 namespace {
@@ -46,9 +47,6 @@ struct AssociationCase {
     bool installed;
     bool found;
 };
-void PrintTo(const AssociationCase& c, std::ostream* os) {
-    *os << c.name;
-}
 class DefaultProgramTest : public ::testing::TestWithParam<AssociationCase> {};
 
 TEST_P(DefaultProgramTest, TellsWhetherTheDesktopHasAProgramForTheHelpFile) {

@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include "About.h"
+#include "NamedRows.h"
 #include "RecordingPlatform.h"
 
 namespace {
@@ -61,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(
         Control{"lblTitle", "Kelvara", 360, 240, 3285, 360, &Serif, 15.75, true, false},
         Control{"Label1", "kelvara.org", 60, 1260, 1575, 255, &Sans, 8.25, false, true},
         Control{"Label2", "Version 2.0", 2640, 660, 1095, 255, &Sans, 9, false, false}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 
 TEST(About, IsAFixedWhiteBoxWithTheProgramIconWhereOnlyTheButtonTakesFocus) {
     Box box;

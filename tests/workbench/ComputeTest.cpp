@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QRadioButton>
 
+#include "NamedRows.h"
 #include "WindowFixture.h"
 
 namespace {
@@ -57,9 +58,6 @@ struct ComputeCase {
     int captionRow;
     const char* shown;
 };
-void PrintTo(const ComputeCase& c, std::ostream* os) {
-    *os << c.name;
-}
 class ComputeTest : public WindowTest, public ::testing::WithParamInterface<ComputeCase> {};
 
 TEST_P(ComputeTest, ShowsTheWorkedExample) {
@@ -93,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, ComputeTest, ::testing::Values(
     ComputeCase{"LU", true, 0, "4 3;6 3", nullptr, nullptr, 5, "L =/|1|0/|1.5|1//U =/|4|3/|0|-1.5"},
     ComputeCase{"LUFailure", true, 0, "0 1;1 0", nullptr, nullptr, 5, "L =/|Failed.//U =/|Failed."},
     ComputeCase{"QRWide", true, 1, "1 2 3;4 5 6", nullptr, nullptr, 5, "R =/|Failed.//Q =/|Failed."}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 TEST_F(WindowTest, ComputeReadsCountsAsTypedAndKeepsBWhileItIsDisabled) {

@@ -13,6 +13,7 @@
 #include <QTableView>
 #include <QWindow>
 
+#include "NamedRows.h"
 #include "WindowFixture.h"
 
 namespace {
@@ -88,9 +89,6 @@ struct FocusWalk {
     bool forward;
     const char* visited;
 };
-void PrintTo(const FocusWalk& c, std::ostream* os) {
-    *os << c.name;
-}
 class FocusWalkTest : public DrivingTest, public ::testing::WithParamInterface<FocusWalk> {};
 
 TEST_P(FocusWalkTest, TabAndShiftTabFollowTheTabIndexesPastDisabledControls) {
@@ -123,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Walks, FocusWalkTest, ::testing::Values(
     FocusWalk{"ScaleForward", 2, "Option1", true, "Option1 Combo1 Grid1 Text1 Text2 Text5 Grid3"},
     FocusWalk{"ScaleBackward", 2, "Grid3", false, "Grid3 Text5 Text2 Text1 Grid1 Combo1 Option1"},
     FocusWalk{"DecompositionForward", -1, "Option2", true, "Option2 Combo2 Grid1 Text1 Text2 Grid3"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 // Command run while a cell of a grid is still being edited -> where the typed text shows.
@@ -134,9 +132,6 @@ struct OpenEditCase {
     std::function<QString(frmMatrix&)> seen;
     const char* expected;
 };
-void PrintTo(const OpenEditCase& c, std::ostream* os) {
-    *os << c.name;
-}
 class OpenEditTest : public DrivingTest, public ::testing::WithParamInterface<OpenEditCase> {};
 
 TEST_P(OpenEditTest, CommandCommitsTheOpenEditFirst) {
@@ -184,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, OpenEditTest, ::testing::Values(
                      return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll())
                                                            : QString();
                  }, "5,\r\n,6\r\n"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 // Cells clicked (the first plainly, the others with Ctrl, or with Shift to select the block
@@ -201,9 +196,6 @@ struct RangesCase {
     const char* grid;
     QRect selected;
 };
-void PrintTo(const RangesCase& c, std::ostream* os) {
-    *os << c.name;
-}
 class RangesTest : public DrivingTest, public ::testing::WithParamInterface<RangesCase> {};
 
 TEST_P(RangesTest, CommandsActOnExactlyTheSelectedCells) {
@@ -262,7 +254,7 @@ INSTANTIATE_TEST_SUITE_P(Selections, RangesTest, ::testing::Values(
                "1,2,/,,/,,", QRect(1, 1, 2, 1)},
     RangesCase{"OneValueFillsABlock", {{2, 1}, {3, 3}}, Shift, "Paste", "7\n", "7\n",
                ",,/7,7,7/7,7,7", QRect(1, 2, 3, 2)}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 // Text typed into a list's edit field chooses nothing, even an entry's caption.

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "GridModel.h"
+#include "NamedRows.h"
 #include "NumberText.h"
 #include "RuntimeError.h"
 
@@ -76,10 +77,6 @@ struct Report {
     Write write;
     const char* picture;
 };
-// Test listings name a report by its name rather than by its bytes.
-void PrintTo(const Report& report, std::ostream* out) {
-    *out << report.name;
-}
 class ResultSheetReportTest : public ::testing::TestWithParam<Report> {};
 
 // Each report runs on a sheet that an earlier report has grown and filled. A run-time error
@@ -201,8 +198,7 @@ const Report kReports[] = {
     {"RankRowNeedBeyond32767", [](Sheet& s) { s.w.ShowRankResult(32764, 1, A2, 1); },
      "31x11 top 1 used 0x0 error 6"},
 };
-INSTANTIATE_TEST_SUITE_P(Writers, ResultSheetReportTest, ::testing::ValuesIn(kReports),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Writers, ResultSheetReportTest, ::testing::ValuesIn(kReports), ByName());
 
 // Blocks large enough to be formatted by several cores and in several batches of rows:
 // every cell holds the text of its own element, and nothing else is written.

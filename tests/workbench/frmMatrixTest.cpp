@@ -12,6 +12,7 @@
 
 #include "About.h"
 #include "HomePage.h"
+#include "NamedRows.h"
 #include "WindowFixture.h"
 
 namespace {
@@ -52,9 +53,6 @@ struct Placement {
     const char* container;
     int left, top, width, height;
 };
-void PrintTo(const Placement& c, std::ostream* os) {
-    *os << c.name;
-}
 class PlacementTest : public WindowTest, public ::testing::WithParamInterface<Placement> {};
 
 TEST_P(PlacementTest, ControlSitsWhereTheFormPutsIt) {
@@ -96,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Form, PlacementTest, ::testing::Values(
     Placement{"Text5", "Frame2", 1080, 2580, 915, 315},
     Placement{"Frame3", "client", 60, 4200, 7755, 3495},
     Placement{"Grid3", "Frame3", 180, 300, 7395, 3075}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ByName());
 // clang-format on
 
 TEST_F(WindowTest, ClientAreaAndFontMatchTheAboutBox) {
