@@ -32,7 +32,7 @@ struct Sample {
 
 // The samples of one family; a single sample that cannot pass when the file is unreadable.
 std::vector<Sample> Samples(const char* family) {
-    QFile file(QStringLiteral(KELVARA_GRID_SAMPLES "/matrix-texts.json"));
+    QFile file(QStringLiteral(KELVARA_GRID_TEST_DIR "/samples/matrix-texts.json"));
     const QJsonDocument json =
         QJsonDocument::fromJson(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
     std::vector<Sample> samples;
