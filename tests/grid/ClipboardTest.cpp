@@ -6,99 +6,37 @@
 
 #include "ClipboardFormats.h"
 #include "NamedRows.h"
+#include "SampleTexts.h"
 
 namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 using namespace ClipboardFormats;
 
-struct ParseCase {
-    const char* name;
-    std::string text;
-    Rows expected;
-};
-
-class TsvParse : public ::testing::TestWithParam<ParseCase> {};
-
+// Texts as spreadsheets and other programs put them on the clipboard, from
+// samples/clipboard-texts.json, read by the parser of their format.
+class TsvParse : public ::testing::TestWithParam<SampleText> {};
 TEST_P(TsvParse, ReadsSpreadsheetText) {
-    EXPECT_EQ(ParseTsv(GetParam().text).ToVectors(), GetParam().expected);
+    EXPECT_EQ(ParseTsv(GetParam().text).ToVectors(), GetParam().cells);
 }
+INSTANTIATE_TEST_SUITE_P(Cases, TsvParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "Tsv")), ByName());
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, TsvParse,
-    ::testing::Values(ParseCase{"rows_end_in_newline", "1\t2\n3\t4\n", {{"1", "2"}, {"3", "4"}}},
-                      ParseCase{"windows_line_ends", "1\t2\r\n3\t4\r\n", {{"1", "2"}, {"3", "4"}}},
-                      ParseCase{"no_final_line_end", "1\t2\n3\t4", {{"1", "2"}, {"3", "4"}}},
-                      ParseCase{"quoted_tab", "a\t\"b\tc\"\n", {{"a", "b\tc"}}},
-                      ParseCase{"quoted_line_break", "\"one\ntwo\"\tx\n", {{"one\ntwo", "x"}}},
-                      ParseCase{"doubled_quotes", "\"say \"\"hi\"\"\"\n", {{"say \"hi\""}}},
-                      ParseCase{"quote_inside_plain_cell", "5\"\tx\n", {{"5\"", "x"}}},
-                      ParseCase{"unclosed_quote_is_text", "\"open\tx\n", {{"\"open", "x"}}},
-                      ParseCase{"quote_not_followed_by_tab", "\"a\"b\tc", {{"\"a\"b", "c"}}},
-                      ParseCase{"empty_cells_kept", "a\t\t\n\tb\n", {{"a", "", ""}, {"", "b"}}},
-                      ParseCase{"one_empty_cell", "\n", {{""}}}, ParseCase{"nothing", "", {}}),
-    ByName());
-
-class PlainTextParse : public ::testing::TestWithParam<ParseCase> {};
-
+class PlainTextParse : public ::testing::TestWithParam<SampleText> {};
 TEST_P(PlainTextParse, RecognisesTheLayout) {
-    EXPECT_EQ(ParsePlainText(GetParam().text).ToVectors(), GetParam().expected);
+    EXPECT_EQ(ParsePlainText(GetParam().text).ToVectors(), GetParam().cells);
 }
+INSTANTIATE_TEST_SUITE_P(Cases, PlainTextParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "PlainText")),
+                         ByName());
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, PlainTextParse,
-    ::testing::Values(
-        ParseCase{"matrix", "[1 2; 3 4]", {{"1", "2"}, {"3", "4"}}},
-        ParseCase{"matrix_commas_lines", " [1, -2\n 3, 4;]\n", {{"1", "-2"}, {"3", "4"}}},
-        ParseCase{"nested_rows", "[[1, 2.5], [3, 4]]", {{"1", "2.5"}, {"3", "4"}}},
-        ParseCase{"row_vector", "[1,2,3]", {{"1", "2", "3"}}},
-        ParseCase{"csv", "1,2\n3,4\n", {{"1", "2"}, {"3", "4"}}},
-        ParseCase{
-            "csv_quoting_and_blanks", "a, \"b,c\"\r\n\"x\"\"y\",2", {{"a", "b,c"}, {"x\"y", "2"}}},
-        ParseCase{"csv_one_line", "1,2,3", {{"1", "2", "3"}}},
-        ParseCase{"decimal_comma_stays_one_value", "2,5", {{"2,5"}}},
-        ParseCase{"uneven_commas_are_text", "a,b\nc", {{"a,b"}, {"c"}}},
-        ParseCase{"tabs_win_over_commas", "1,5\t2\n", {{"1,5", "2"}}},
-        ParseCase{"brackets_inside_text", "x [y]", {{"x [y]"}}},
-        ParseCase{"unbalanced_nested", "[[1, 2], 3]", {{"[[1, 2], 3]"}}}),
-    ByName());
-
-class HtmlParse : public ::testing::TestWithParam<ParseCase> {};
-
+class HtmlParse : public ::testing::TestWithParam<SampleText> {};
 TEST_P(HtmlParse, ReadsTheFirstTable) {
-    EXPECT_EQ(ParseHtmlTable(GetParam().text).ToVectors(), GetParam().expected);
+    EXPECT_EQ(ParseHtmlTable(GetParam().text).ToVectors(), GetParam().cells);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, HtmlParse,
-    ::testing::Values(
-        ParseCase{"workbook_page",
-                  "<html xmlns:x=\"urn:x\"><head><style>td {color:red}</style></head><body>"
-                  "<table border=0><col width=64><tr height=20>\n"
-                  "  <td class=xl65 align=right>1</td><td>A &amp; B</td></tr>\r\n"
-                  "<tr><td>two<br style='mso-data-placement:same-cell;'>lines</td>"
-                  "<td>&lt;x&gt;&nbsp;&#8364;&#x41;</td></tr></table></body></html>",
-                  {{"1", "A & B"},
-                   {"two\nlines",
-                    "<x> \xE2\x82\xAC"
-                    "A"}}},
-        ParseCase{"online_sheet",
-                  "<meta charset='utf-8'><google-sheets-html-origin><style type=\"text/css\">"
-                  "<!--td {border: 1px solid #cccccc;}--></style><table dir=\"ltr\">"
-                  "<colgroup><col width=\"100\"/></colgroup><tbody><tr style=\"height:21px;\">"
-                  "<td style=\"overflow:hidden\" data-sheets-value=\"{&quot;1&quot;:3}\">3</td>"
-                  "<td><div>a   b</div></td></tr></tbody></table>",
-                  {{"3", "a b"}}},
-        ParseCase{"spans",
-                  "<TABLE><TR><TD COLSPAN=2>x</TD><TD rowspan=\"2\">y</TD></TR>"
-                  "<TR><TD>1</TD><TD>2</TD></TR><TR><TD>3</TD></TR></TABLE>",
-                  {{"x", "", "y"}, {"1", "2", ""}, {"3"}}},
-        ParseCase{"nested_table_is_text",
-                  "<table><tr><td>a<table><tr><td>b</td><td>c</td></tr></table></td>"
-                  "<td>d</td></tr></table>",
-                  {{"a b c", "d"}}},
-        ParseCase{"no_table", "<p>1 2</p>", {}}),
-    ByName());
+INSTANTIATE_TEST_SUITE_P(Cases, HtmlParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "Html")),
+                         ByName());
 
 // A bounded parse keeps exactly the top-left corner of what an unbounded one reads, and
 // cropping never changes how a text is taken (CSV or not, where a span ends).

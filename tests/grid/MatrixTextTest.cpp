@@ -1,16 +1,12 @@
 // Matrices as programs print them and people write them, read into one entry per cell.
-// The samples live in samples/matrix-texts.json, one list per family. Where a sample's
-// source says "octave 7.3.0", "R 4.2.2", "numpy 1.24.2" or "maxima 5.46.0", its text is that
-// program's output on Debian 12, copied from the terminal with the command shown. Programs
-// that Debian does not ship (MATLAB, Julia, Mathematica) are typed after their documented
-// display, and say so. A text is stored as its lines, joined by line feeds when read.
+// The samples live in samples/matrix-texts.json. Where a sample's source says "octave 7.3.0",
+// "R 4.2.2", "numpy 1.24.2" or "maxima 5.46.0", its text is that program's output on Debian 12,
+// copied from the terminal with the command shown. Programs that Debian does not ship (MATLAB,
+// Julia, Mathematica) are typed after their documented display, and say so.
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QMimeData>
 #include <QTableView>
 #include <QTest>
@@ -19,43 +15,20 @@
 #include "GridWidget.h"
 #include "MatrixText.h"
 #include "NamedRows.h"
+#include "SampleTexts.h"
 
 namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-struct Sample {
-    std::string name;
-    std::string text;
-    Rows expected;
-};
-
-// The samples of one family; a single sample that cannot pass when the file is unreadable.
-std::vector<Sample> Samples(const char* family) {
-    QFile file(QStringLiteral(KELVARA_GRID_TEST_DIR "/samples/matrix-texts.json"));
-    const QJsonDocument json =
-        QJsonDocument::fromJson(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
-    std::vector<Sample> samples;
-    for (const QJsonValue& entry : json[QLatin1String(family)].toArray()) {
-        QStringList lines;
-        for (const QJsonValue& line : entry[QLatin1String("text")].toArray())
-            lines << line.toString();
-        Sample& sample = samples.emplace_back(entry[QLatin1String("name")].toString().toStdString(),
-                                              lines.join('\n').toStdString(), Rows{});
-        for (const QJsonValue& row : entry[QLatin1String("cells")].toArray()) {
-            sample.expected.emplace_back();
-            for (const QJsonValue& cell : row.toArray())
-                sample.expected.back().push_back(cell.toString().toStdString());
-        }
-    }
-    if (samples.empty()) samples.push_back({"unreadable_samples", "1 2", {{"no samples"}}});
-    return samples;
+std::vector<SampleText> Samples(const char* family) {
+    return SampleTexts("matrix-texts.json", family);
 }
 
-class Recognised : public ::testing::TestWithParam<Sample> {};
+class Recognised : public ::testing::TestWithParam<SampleText> {};
 
 TEST_P(Recognised, OneEntryPerCell) {
-    EXPECT_EQ(MatrixText::Parse(GetParam().text).ToVectors(), GetParam().expected);
+    EXPECT_EQ(MatrixText::Parse(GetParam().text).ToVectors(), GetParam().cells);
 }
 
 // Columns aligned by blanks, as PDFs, web pages and terminals give them; Octave's and
