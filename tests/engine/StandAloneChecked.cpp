@@ -1,2 +1,0 @@
-// Builds only if Checked.h, included first and alone, includes everything it uses.
-#include "Checked.h"

@@ -1,2 +1,0 @@
-// Builds only if Matrix.h, included first and alone, includes everything it uses.
-#include "Matrix.h"

@@ -1,2 +1,0 @@
-// Builds only if MemoryCheck.h, included first and alone, includes everything it uses.
-#include "MemoryCheck.h"

@@ -1,2 +1,0 @@
-// Builds only if Parallel.h, included first and alone, includes everything it uses.
-#include "Parallel.h"
