@@ -3,40 +3,23 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <initializer_list>
 #include <ostream>
 #include <string>
-#include <tuple>
 #include <utility>
 
+#include "EngineTestSupport.h"
 #include "GridModel.h"
 #include "NamedRows.h"
 #include "NumberText.h"
-#include "RuntimeError.h"
 
 namespace {
 
-Matrix Make(std::initializer_list<std::initializer_list<double>> rows) {
-    Matrix m;
-    m.Resize(std::int16_t(rows.size()), std::int16_t(rows.begin()->size()));
-    std::int16_t i = 0;
-    for (const auto& row : rows) {
-        std::int16_t j = 0;
-        ++i;
-        for (double value : row)
-            m.At(i, ++j) = value;
-    }
-    return m;
-}
-
 // An r by c matrix whose entry (i, j) is 10 i + j.
 Matrix Numbered(std::int16_t r, std::int16_t c) {
-    Matrix m;
-    m.Resize(r, c);
-    for (std::int16_t i = 1; i <= r; ++i) {
+    Matrix m = Sized(r, c);
+    for (std::int16_t i = 1; i <= r; ++i)
         for (std::int16_t j = 1; j <= c; ++j)
             m.At(i, j) = 10 * i + j;
-    }
     return m;
 }
 
@@ -103,8 +86,8 @@ TEST_P(ResultSheetReportTest, LaysOutTheReport) {
     }
 }
 
-const Matrix A2 = Make({{1, 2}, {3, 4}});
-const Matrix B2 = Make({{5, 6}, {7, 8}});
+const Matrix A2 = MatrixOf({{1, 2}, {3, 4}});
+const Matrix B2 = MatrixOf({{5, 6}, {7, 8}});
 
 const Report kReports[] = {
     {"Sum", [](Sheet& s) { s.w.ShowSumResult(2, 2, A2, Numbered(2, 2), B2); },
@@ -112,20 +95,20 @@ const Report kReports[] = {
     {"Difference",
      [](Sheet& s) {
          s.o.RowsB = s.o.ColsB = 1;
-         s.w.ShowDifferenceResult(1, 1, Make({{0.1}}), Make({{1e15}}), Make({{1e-5}}));
+         s.w.ShowDifferenceResult(1, 1, MatrixOf({{0.1}}), MatrixOf({{1e15}}), MatrixOf({{1e-5}}));
      },
      "31x11 top 7\nA =\n|0.1\n\nB =\n|1E+15\n\nA - B =\n|1E-05\n"},
     {"ElementwiseWithTallerWiderWindowB",
      [](Sheet& s) {
          s.o.RowsB = 2;
          s.o.ColsB = 3;
-         s.w.ShowElementwiseProductResult(1, 1, Make({{2}}), Numbered(2, 3), Make({{22}}));
+         s.w.ShowElementwiseProductResult(1, 1, MatrixOf({{2}}), Numbered(2, 3), MatrixOf({{22}}));
      },
      "31x11 top 8\nA =\n|2\n\nB =\n|11|12|13\n|21|22|23\n\nA .* B =\n|22\n"},
     {"ScalarShowsWindowMatAAndNegativeZero",
      [](Sheet& s) {
-         s.o.MatA = Make({{0, 1}});
-         s.w.ShowScalarMultipleResult(1, 2, -3, A2, Make({{-0.0, -3}}));
+         s.o.MatA = MatrixOf({{0, 1}});
+         s.w.ShowScalarMultipleResult(1, 2, -3, A2, MatrixOf({{-0.0, -3}}));
      },
      "31x11 top 4\nA =\n|0|1\n\nc =\n|-3\n\nc * A =\n|0|-3\n"},
     {"Transpose", [](Sheet& s) { s.w.ShowTransposeResult(2, 3, Numbered(2, 3), Numbered(3, 2)); },
@@ -133,7 +116,7 @@ const Report kReports[] = {
     {"ProductPlacesCaptionByWindowRowsB",
      [](Sheet& s) {
          s.o.RowsB = 3;  // the B block has cA = 2 rows
-         s.w.ShowProductResult(1, 2, 3, Make({{1, 2}}), Numbered(2, 3), Numbered(1, 3));
+         s.w.ShowProductResult(1, 2, 3, MatrixOf({{1, 2}}), Numbered(2, 3), Numbered(1, 3));
      },
      "31x11 top 9\nA =\n|1|2\n\nB =\n|11|12|13\n|21|22|23\n\n\nA * B =\n|11|12|13\n"},
     {"Determinant", [](Sheet& s) { s.w.ShowDeterminantResult(2, A2, -2); },
@@ -226,7 +209,7 @@ TEST(ResultSheetTest, LargeBlocksHoldEachElementsText) {
 TEST(ResultSheetTest, UsesTheGivenDecimalSeparator) {
     GridModel grid;
     Operands window;
-    ResultSheet(grid, window, ',').ShowDeterminantResult(1, Make({{0.25}}), -1.5e-7);
+    ResultSheet(grid, window, ',').ShowDeterminantResult(1, MatrixOf({{0.25}}), -1.5e-7);
     EXPECT_EQ(grid.CellText(2, 2), "0,25");
     EXPECT_EQ(grid.CellText(4, 2), "-1,5E-07");
 }
