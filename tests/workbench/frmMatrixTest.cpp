@@ -143,17 +143,6 @@ INSTANTIATE_TEST_SUITE_P(Clicks, GridMenuTest,
                                            std::tuple(1, 5.0f, 5.0f, false),
                                            std::tuple(4, 5.0f, 5.0f, false)));
 
-TEST_F(WindowTest, ContextMenuDeleteEmptiesTheSelectionOnly) {
-    window->Grid1->SetCellText(1, 1, "7");
-    window->Grid1->SetCellText(2, 2, "8");
-    QTableView& view = window->Grid1->View();
-    view.selectionModel()->select(view.model()->index(0, 0), QItemSelectionModel::ClearAndSelect);
-    platform.onPopup = [](QMenu& menu) { menu.actions().at(3)->trigger(); };  // "Delete"
-    emit window->Grid1->MouseDown(2, 0, 100.f, 100.f);
-    EXPECT_EQ(window->Grid1->CellText(1, 1), "");
-    EXPECT_EQ(window->Grid1->CellText(2, 2), "8");
-}
-
 TEST_F(WindowTest, WorkbookExportAsksBeforeReplacingThenConfirms) {
     const QString path = QDir::temp().filePath("kelvara-window-export");  // no extension added
     QFile::remove(path);
