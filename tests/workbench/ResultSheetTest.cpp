@@ -86,38 +86,29 @@ TEST_P(ResultSheetReportTest, LaysOutTheReport) {
     }
 }
 
-const Matrix A2 = MatrixOf({{1, 2}, {3, 4}});
-const Matrix B2 = MatrixOf({{5, 6}, {7, 8}});
+// Short names for the table: M for a matrix of literal rows, N for a numbered one.
+const auto M = MatrixOf;
+const auto N = Numbered;
+const Matrix A2 = M({{1, 2}, {3, 4}}), B2 = M({{5, 6}, {7, 8}});
 
+// clang-format off
 const Report kReports[] = {
-    {"Sum", [](Sheet& s) { s.w.ShowSumResult(2, 2, A2, Numbered(2, 2), B2); },
+    {"Sum", [](Sheet& s) { s.w.ShowSumResult(2, 2, A2, N(2, 2), B2); },
      "31x11 top 9\nA =\n|1|2\n|3|4\n\nB =\n|11|12\n|21|22\n\nA + B =\n|5|6\n|7|8\n"},
-    {"Difference",
-     [](Sheet& s) {
-         s.o.RowsB = s.o.ColsB = 1;
-         s.w.ShowDifferenceResult(1, 1, MatrixOf({{0.1}}), MatrixOf({{1e15}}), MatrixOf({{1e-5}}));
-     },
+    {"Difference", [](Sheet& s) { s.o.RowsB = s.o.ColsB = 1;
+         s.w.ShowDifferenceResult(1, 1, M({{0.1}}), M({{1e15}}), M({{1e-5}})); },
      "31x11 top 7\nA =\n|0.1\n\nB =\n|1E+15\n\nA - B =\n|1E-05\n"},
-    {"ElementwiseWithTallerWiderWindowB",
-     [](Sheet& s) {
-         s.o.RowsB = 2;
-         s.o.ColsB = 3;
-         s.w.ShowElementwiseProductResult(1, 1, MatrixOf({{2}}), Numbered(2, 3), MatrixOf({{22}}));
-     },
+    {"ElementwiseWithTallerWiderWindowB", [](Sheet& s) { s.o.RowsB = 2; s.o.ColsB = 3;
+         s.w.ShowElementwiseProductResult(1, 1, M({{2}}), N(2, 3), M({{22}})); },
      "31x11 top 8\nA =\n|2\n\nB =\n|11|12|13\n|21|22|23\n\nA .* B =\n|22\n"},
-    {"ScalarShowsWindowMatAAndNegativeZero",
-     [](Sheet& s) {
-         s.o.MatA = MatrixOf({{0, 1}});
-         s.w.ShowScalarMultipleResult(1, 2, -3, A2, MatrixOf({{-0.0, -3}}));
-     },
+    {"ScalarShowsWindowMatAAndNegativeZero", [](Sheet& s) { s.o.MatA = M({{0, 1}});
+         s.w.ShowScalarMultipleResult(1, 2, -3, A2, M({{-0.0, -3}})); },
      "31x11 top 4\nA =\n|0|1\n\nc =\n|-3\n\nc * A =\n|0|-3\n"},
-    {"Transpose", [](Sheet& s) { s.w.ShowTransposeResult(2, 3, Numbered(2, 3), Numbered(3, 2)); },
+    {"Transpose", [](Sheet& s) { s.w.ShowTransposeResult(2, 3, N(2, 3), N(3, 2)); },
      "31x11 top 4\nA =\n|11|12|13\n|21|22|23\nA' =\n|11|12\n|21|22\n|31|32\n"},
-    {"ProductPlacesCaptionByWindowRowsB",
-     [](Sheet& s) {
-         s.o.RowsB = 3;  // the B block has cA = 2 rows
-         s.w.ShowProductResult(1, 2, 3, MatrixOf({{1, 2}}), Numbered(2, 3), Numbered(1, 3));
-     },
+    // The B block has cA = 2 rows, the caption follows the window's 3.
+    {"ProductPlacesCaptionByWindowRowsB", [](Sheet& s) { s.o.RowsB = 3;
+         s.w.ShowProductResult(1, 2, 3, M({{1, 2}}), N(2, 3), N(1, 3)); },
      "31x11 top 9\nA =\n|1|2\n\nB =\n|11|12|13\n|21|22|23\n\n\nA * B =\n|11|12|13\n"},
     {"Determinant", [](Sheet& s) { s.w.ShowDeterminantResult(2, A2, -2); },
      "31x11 top 4\nA =\n|1|2\n|3|4\nDet(A) =\n|-2\n"},
@@ -125,37 +116,28 @@ const Report kReports[] = {
      "31x11 top 4\nA =\n|1|2\n|3|4\nInv(A) =\n|Failed.\n"},
     {"Rank", [](Sheet& s) { s.w.ShowRankResult(1, 2, A2, -12); },
      "31x11 top 3\nA =\n|1|2\nRank(A) =\n|-12\n"},
-    {"LUShowsOnlyNColumnsOfA",
-     [](Sheet& s) { s.w.ShowLUResult(2, Numbered(2, 3), A2, Numbered(2, 2)); },
+    {"LUShowsOnlyNColumnsOfA", [](Sheet& s) { s.w.ShowLUResult(2, N(2, 3), A2, N(2, 2)); },
      "31x11 top 5\nA =\n|11|12\n|21|22\n\nL =\n|1|2\n|3|4\n\nU =\n|11|12\n|21|22\n"},
     {"LUFailure", [](Sheet& s) { s.w.ShowLUFailure(2, A2, Matrix(), Matrix()); },
      "31x11 top 5\nA =\n|1|2\n|3|4\n\nL =\n|Failed.\n\nU =\n|Failed.\n"},
-    {"QR", [](Sheet& s) { s.w.ShowQRResult(3, 2, Numbered(3, 2), Numbered(3, 2), Numbered(3, 3)); },
+    {"QR", [](Sheet& s) { s.w.ShowQRResult(3, 2, N(3, 2), N(3, 2), N(3, 3)); },
      "31x11 top 6\nA =\n|11|12\n|21|22\n|31|32\n\nR =\n|11|12\n|21|22\n|31|32\n\n"
      "Q =\n|11|12|13\n|21|22|23\n|31|32|33\n"},
     {"QRFailureWideAGrowsColumns",
-     [](Sheet& s) { s.w.ShowQRFailure(2, 12, Numbered(2, 12), Matrix(), Matrix()); },
+     [](Sheet& s) { s.w.ShowQRFailure(2, 12, N(2, 12), Matrix(), Matrix()); },
      "31x14 top 5\nA =\n|11|12|13|14|15|16|17|18|19|20|21|22\n"
      "|21|22|23|24|25|26|27|28|29|30|31|32\n\nR =\n|Failed.\n\nQ =\n|Failed.\n"},
     // The row and column needs, and the deliberate shortfalls where the cells written reach
     // beyond them: the sheet grows just enough to hold those cells.
-    {"SumTenByTen",
-     [](Sheet& s) {
-         s.o.RowsB = s.o.ColsB = 10;
-         s.w.ShowSumResult(10, 10, Numbered(10, 10), Numbered(10, 10), Numbered(10, 10));
-     },
+    {"SumTenByTen", [](Sheet& s) { s.o.RowsB = s.o.ColsB = 10;
+         s.w.ShowSumResult(10, 10, N(10, 10), N(10, 10), N(10, 10)); },
      "36x12 top 25 used 35x11"},
-    {"ScalarThirteenPastTheLastRow",
-     [](Sheet& s) {
-         s.o.MatA = Numbered(13, 1);
-         s.w.ShowScalarMultipleResult(13, 1, 2, Matrix(), Numbered(13, 1));
-     },
+    {"ScalarThirteenPastTheLastRow", [](Sheet& s) { s.o.MatA = N(13, 1);
+         s.w.ShowScalarMultipleResult(13, 1, 2, Matrix(), N(13, 1)); },
      "33x11 top 16 used 32x2"},
-    {"TransposeOneByThirty",
-     [](Sheet& s) { s.w.ShowTransposeResult(1, 30, Numbered(1, 30), Numbered(30, 1)); },
+    {"TransposeOneByThirty", [](Sheet& s) { s.w.ShowTransposeResult(1, 30, N(1, 30), N(30, 1)); },
      "34x32 top 3 used 33x31"},
-    {"LUNine",
-     [](Sheet& s) { s.w.ShowLUResult(9, Numbered(9, 9), Numbered(9, 9), Numbered(9, 9)); },
+    {"LUNine", [](Sheet& s) { s.w.ShowLUResult(9, N(9, 9), N(9, 9), N(9, 9)); },
      "33x11 top 12 used 32x10"},
     // The decomposition writers scroll before their factors, the others once everything is
     // written: a factor or result too small to read shows the moment.
@@ -166,21 +148,15 @@ const Report kReports[] = {
     {"InverseTopRowLast", [](Sheet& s) { s.w.ShowInverseResult(true, 1, A2, Matrix()); },
      "31x11 top 1 error 9\nA =\n|1\nInv(A) =\n"},
     // Counts beyond the matrices raise 9, positions and needs beyond 32767 raise 6.
-    {"SumWindowBWiderThanB",
-     [](Sheet& s) {
-         s.o.ColsB = 3;
-         s.w.ShowSumResult(1, 1, A2, A2, A2);
-     },
+    {"SumWindowBWiderThanB", [](Sheet& s) { s.o.ColsB = 3; s.w.ShowSumResult(1, 1, A2, A2, A2); },
      "31x11 top 1 error 9\nA =\n|1\n\nB =\n|1|2\n"},
     {"ProductCaptionBeyond32767",
-     [](Sheet& s) {
-         s.o.RowsB = 32767;
-         s.w.ShowProductResult(1, 1, 1, A2, A2, A2);
-     },
+     [](Sheet& s) { s.o.RowsB = 32767; s.w.ShowProductResult(1, 1, 1, A2, A2, A2); },
      "31x11 top 1 error 6\nA =\n|1\n\nB =\n|1\n"},
     {"RankRowNeedBeyond32767", [](Sheet& s) { s.w.ShowRankResult(32764, 1, A2, 1); },
      "31x11 top 1 used 0x0 error 6"},
 };
+// clang-format on
 INSTANTIATE_TEST_SUITE_P(Writers, ResultSheetReportTest, ::testing::ValuesIn(kReports), ByName());
 
 // Blocks large enough to be formatted by several cores and in several batches of rows:
