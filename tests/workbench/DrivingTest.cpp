@@ -184,15 +184,14 @@ INSTANTIATE_TEST_SUITE_P(Commands, OpenEditTest, ::testing::Values(
 
 // Cells clicked (the first plainly, the others with Ctrl, or with Shift to select the block
 // up to them), a right-click on the last, a menu item -> the clipboard ("x" when nothing
-// was copied), the grid, and the cells selected afterwards (columns by rows; a null
-// rectangle: not checked).
+// was copied; for a paste, what it pasted), the grid, and the cells selected afterwards
+// (columns by rows; a null rectangle: not checked).
 struct RangesCase {
     const char* name;
     std::vector<std::pair<int, int>> clicked;
     Qt::KeyboardModifier adding;
     const char* item;
-    const char* given;  // on the clipboard before
-    const char* clipboard;
+    const char* clipboard;  // before a paste and after it; "x" before the other commands
     const char* grid;
     QRect selected;
 };
@@ -207,7 +206,7 @@ TEST_P(RangesTest, CommandsActOnExactlyTheSelectedCells) {
             for (int col = 0; col < 3; ++col)
                 grid->SetCellText(r + 1, col + 1, texts[r][col]);
     }
-    QGuiApplication::clipboard()->setText(c.given);
+    QGuiApplication::clipboard()->setText(c.item == QStringLiteral("Paste") ? c.clipboard : "x");
     Click(grid, c.clicked[0].first, c.clicked[0].second);
     for (std::size_t i = 1; i < c.clicked.size(); ++i)
         Click(grid, c.clicked[i].first, c.clicked[i].second, c.adding);
@@ -231,29 +230,29 @@ const char* const Abc = "a,b,c/d,e,f/g,h,i";
 
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Selections, RangesTest, ::testing::Values(
-    RangesCase{"DeleteTwoCells", {{1, 1}, {3, 3}}, Ctrl, "Delete", "x", "x", ",b,c/d,e,f/g,h,", {}},
-    RangesCase{"CopyAcrossAGap", {{1, 1}, {1, 3}}, Ctrl, "Copy", "x", "a\tc\r\n", Abc, {}},
-    RangesCase{"CutTwoRows", {{1, 2}, {3, 2}}, Ctrl, "Cut", "x", "b\r\nh\r\n", "a,,c/d,e,f/g,,i", {}},
-    RangesCase{"CopyThatLinesUpNot", {{1, 1}, {3, 3}}, Ctrl, "Copy", "x", "x", Abc, {}},
-    RangesCase{"CutThatLinesUpNot", {{1, 1}, {2, 2}, {1, 2}}, Ctrl, "Cut", "x", "x", Abc, {}},
-    RangesCase{"FourCornersLineUp", {{1, 1}, {1, 3}, {3, 1}, {3, 3}}, Ctrl, "Copy", "x",
+    RangesCase{"DeleteTwoCells", {{1, 1}, {3, 3}}, Ctrl, "Delete", "x", ",b,c/d,e,f/g,h,", {}},
+    RangesCase{"CopyAcrossAGap", {{1, 1}, {1, 3}}, Ctrl, "Copy", "a\tc\r\n", Abc, {}},
+    RangesCase{"CutTwoRows", {{1, 2}, {3, 2}}, Ctrl, "Cut", "b\r\nh\r\n", "a,,c/d,e,f/g,,i", {}},
+    RangesCase{"CopyThatLinesUpNot", {{1, 1}, {3, 3}}, Ctrl, "Copy", "x", Abc, {}},
+    RangesCase{"CutThatLinesUpNot", {{1, 1}, {2, 2}, {1, 2}}, Ctrl, "Cut", "x", Abc, {}},
+    RangesCase{"FourCornersLineUp", {{1, 1}, {1, 3}, {3, 1}, {3, 3}}, Ctrl, "Copy",
                "a\tc\r\ng\ti\r\n", Abc, {}},
     RangesCase{"BlockNotPastedOverTwoRanges", {{1, 1}, {3, 3}}, Ctrl, "Paste", "p\tq\n",
-               "p\tq\n", ",,/,,/,,", {}},
-    RangesCase{"OneValueFillsThreeCells", {{1, 1}, {1, 2}, {3, 3}}, Ctrl, "Paste", "7", "7",
+               ",,/,,/,,", {}},
+    RangesCase{"OneValueFillsThreeCells", {{1, 1}, {1, 2}, {3, 3}}, Ctrl, "Paste", "7",
                "7,7,/,,/,,7", {}},
-    RangesCase{"BlockAtOneCell", {{2, 2}}, Ctrl, "Paste", "1\t2\n3\t4\n", "1\t2\n3\t4\n",
-               ",,/,1,2/,3,4", QRect(2, 2, 2, 2)},
+    RangesCase{"BlockAtOneCell", {{2, 2}}, Ctrl, "Paste", "1\t2\n3\t4\n", ",,/,1,2/,3,4",
+               QRect(2, 2, 2, 2)},
     RangesCase{"CutOffAtTheEdges", {{2, 2}}, Ctrl, "Paste", "1\t2\t3\n4\t5\t6\n7\t8\t9\n",
-               "1\t2\t3\n4\t5\t6\n7\t8\t9\n", ",,/,1,2/,4,5", QRect(2, 2, 2, 2)},
-    RangesCase{"RowDownAColumn", {{1, 1}, {3, 2}}, Shift, "Paste", "1\t2\n", "1\t2\n",
-               "1,2,/1,2,/1,2,", QRect(1, 1, 2, 3)},
-    RangesCase{"TwoByTwoTiles", {{1, 1}, {2, 3}}, Shift, "Paste", "1\n2\n", "1\n2\n",
-               "1,1,1/2,2,2/,,", QRect(1, 1, 3, 2)},
-    RangesCase{"NoWholeMultiple", {{1, 1}, {1, 3}}, Shift, "Paste", "1\t2\n", "1\t2\n",
-               "1,2,/,,/,,", QRect(1, 1, 2, 1)},
-    RangesCase{"OneValueFillsABlock", {{2, 1}, {3, 3}}, Shift, "Paste", "7\n", "7\n",
-               ",,/7,7,7/7,7,7", QRect(1, 2, 3, 2)}),
+               ",,/,1,2/,4,5", QRect(2, 2, 2, 2)},
+    RangesCase{"RowDownAColumn", {{1, 1}, {3, 2}}, Shift, "Paste", "1\t2\n", "1,2,/1,2,/1,2,",
+               QRect(1, 1, 2, 3)},
+    RangesCase{"TwoByTwoTiles", {{1, 1}, {2, 3}}, Shift, "Paste", "1\n2\n", "1,1,1/2,2,2/,,",
+               QRect(1, 1, 3, 2)},
+    RangesCase{"NoWholeMultiple", {{1, 1}, {1, 3}}, Shift, "Paste", "1\t2\n", "1,2,/,,/,,",
+               QRect(1, 1, 2, 1)},
+    RangesCase{"OneValueFillsABlock", {{2, 1}, {3, 3}}, Shift, "Paste", "7\n", ",,/7,7,7/7,7,7",
+               QRect(1, 2, 3, 2)}),
     ByName());
 // clang-format on
 
