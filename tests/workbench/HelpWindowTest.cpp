@@ -9,6 +9,7 @@
 #include <QTextBlock>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
+#include <algorithm>
 #include <memory>
 
 #include "HelpWindow.h"
@@ -18,13 +19,13 @@ namespace {
 
 const QString HelpChm = QStringLiteral(KELVARA_HELP_CHM);
 
-// The links of the page on show, as written in it.
-QStringList Links(const QTextBrowser& page) {
-    QStringList links;
+// The links of the page on show, as written in it, each with its place in the text.
+QList<std::pair<QString, int>> Links(const QTextBrowser& page) {
+    QList<std::pair<QString, int>> links;
     for (QTextBlock block = page.document()->begin(); block.isValid(); block = block.next()) {
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             const QString href = it.fragment().charFormat().anchorHref();
-            if (!href.isEmpty() && !links.contains(href)) links << href;
+            if (!href.isEmpty()) links.emplaceBack(href, it.fragment().position());
         }
     }
     return links;
@@ -57,7 +58,7 @@ TEST_F(HelpWindowTest, ContentsEntriesOpenPagesWhoseLinksAllLead) {
         ASSERT_EQ(window->Page->source().path(), "/" + QUrl(local).path()) << local.toStdString();
         EXPECT_FALSE(window->Page->documentTitle().isEmpty()) << local.toStdString();
         EXPECT_GT(window->Page->toPlainText().size(), 100) << local.toStdString();
-        for (const QString& href : Links(*window->Page)) {
+        for (const auto& [href, at] : Links(*window->Page)) {
             const QUrl target = window->Page->source().resolved(QUrl(href));
             if (target.scheme() != "qrc") continue;  // a web address
             const QVariant page = window->Page->loadResource(QTextDocument::HtmlResource, target);
@@ -77,24 +78,16 @@ TEST_F(HelpWindowTest, ContentsEntriesOpenPagesWhoseLinksAllLead) {
 // A click on a link in the page follows it; Back (Alt+Left) returns.
 TEST_F(HelpWindowTest, LinksFollowAndBackReturns) {
     QTextBrowser* page = window->Page;
+    const auto links = Links(*page);
+    const auto link = std::find_if(links.begin(), links.end(),
+                                   [](const auto& l) { return QUrl(l.first).isRelative(); });
+    ASSERT_NE(link, links.end());
     QTextCursor cursor(page->document());
-    QString href;
-    for (QTextBlock block = page->document()->begin(); block.isValid() && href.isEmpty();
-         block = block.next()) {
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            if (it.fragment().charFormat().isAnchor() &&
-                QUrl(it.fragment().charFormat().anchorHref()).isRelative()) {
-                href = it.fragment().charFormat().anchorHref();
-                cursor.setPosition(it.fragment().position() + 1);
-                break;
-            }
-        }
-    }
-    ASSERT_FALSE(href.isEmpty());
+    cursor.setPosition(link->second + 1);
     page->setTextCursor(cursor);
     page->ensureCursorVisible();
     QTest::mouseClick(page->viewport(), Qt::LeftButton, {}, page->cursorRect(cursor).center());
-    EXPECT_EQ(page->source().path(), "/" + QUrl(href).path());
+    EXPECT_EQ(page->source().path(), "/" + QUrl(link->first).path());
     QTest::keyClick(window.get(), Qt::Key_Left, Qt::AltModifier);
     EXPECT_EQ(page->source().path(), "/index.htm");
 }
