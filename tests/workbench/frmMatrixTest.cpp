@@ -26,25 +26,19 @@ QStringList Captions(const QWidget* menu) {
 
 TEST_F(WindowTest, StartsWithAPlusBOnThreeByThreeGrids) {
     frmMatrix& w = *window;
-    EXPECT_TRUE(w.Option1->isChecked());
-    EXPECT_EQ(w.Combo1->currentText(), "A+B");
-    EXPECT_FALSE(w.Combo2->isEnabled());
-    EXPECT_EQ(w.Combo2->currentText(), "LU Decomposition(A)");
-    EXPECT_TRUE(w.Text4->isEnabled());
-    EXPECT_FALSE(w.Text5->isEnabled());
+    EXPECT_EQ(w.Combo1->currentText() + "|" + w.Combo2->currentText(), "A+B|LU Decomposition(A)");
+    EXPECT_EQ(QList<bool>({w.Option1->isChecked(), w.Combo2->isEnabled(), w.Text4->isEnabled(),
+                           w.Text5->isEnabled()}),
+              QList<bool>({true, false, true, false}));
     for (GridWidget* grid : {w.Grid1, w.Grid2}) {
-        ASSERT_EQ(grid->Rows(), 4);
-        ASSERT_EQ(grid->Cols(), 4);
-        EXPECT_EQ(grid->CellText(0, 3), "3");
-        EXPECT_EQ(grid->CellText(3, 0), "3");
-        EXPECT_EQ(grid->Column(3).Width(), 60);
+        EXPECT_EQ(std::tuple(grid->Rows(), grid->Cols(), grid->CellText(0, 3), grid->CellText(3, 0),
+                             grid->Column(3).Width()),
+                  std::tuple(4, 4, QString("3"), QString("3"), 60));
     }
     // The result sheet: 29 by 9 cells without headings.
-    EXPECT_EQ(w.Grid3->Rows(), 30);
-    EXPECT_EQ(w.Grid3->Cols(), 10);
-    EXPECT_EQ(w.Grid3->Column(0).Width(), 0);
-    EXPECT_EQ(w.Grid3->RowHeight(0), 0);
-    EXPECT_EQ(w.Grid3->Column(9).Width(), 60);
+    EXPECT_EQ(std::tuple(w.Grid3->Rows(), w.Grid3->Cols(), w.Grid3->Column(0).Width(),
+                         w.Grid3->RowHeight(0), w.Grid3->Column(9).Width()),
+              std::tuple(30, 10, 0, 0, 60));
 }
 
 // Control, its container, Left, Top, Width, Height in twips.
