@@ -55,14 +55,15 @@ TEST_P(DefaultProgramTest, TellsWhetherTheDesktopHasAProgramForTheHelpFile) {
     // Qt finds the types' database through XDG_DATA_DIRS too, and looks again only after a
     // few seconds: load it before that points into the scratch folder.
     ASSERT_TRUE(QMimeDatabase().mimeTypeForName("application/vnd.ms-htmlhelp").isValid());
-    const QByteArray saved[] = {qgetenv("XDG_CONFIG_HOME"), qgetenv("XDG_CONFIG_DIRS"),
-                                qgetenv("XDG_DATA_HOME"), qgetenv("XDG_DATA_DIRS"),
-                                qgetenv("XDG_CURRENT_DESKTOP")};
-    qputenv("XDG_CONFIG_HOME", dir.filePath("config").toUtf8());
-    qputenv("XDG_CONFIG_DIRS", dir.filePath("etc").toUtf8());
-    qputenv("XDG_DATA_HOME", dir.filePath("data").toUtf8());
-    qputenv("XDG_DATA_DIRS", dir.filePath("usr").toUtf8());
-    qputenv("XDG_CURRENT_DESKTOP", "Test");
+    const char* names[] = {"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS",
+                           "XDG_CURRENT_DESKTOP"};
+    const QString values[] = {dir.filePath("config"), dir.filePath("etc"), dir.filePath("data"),
+                              dir.filePath("usr"), QStringLiteral("Test")};
+    QByteArray saved[5];
+    for (int i = 0; i < 5; ++i) {
+        saved[i] = qgetenv(names[i]);
+        qputenv(names[i], values[i].toUtf8());
+    }
     auto write = [&](const QString& path, const QByteArray& text) {
         QDir().mkpath(QFileInfo(path).path());
         QFile file(path);
@@ -80,8 +81,6 @@ TEST_P(DefaultProgramTest, TellsWhetherTheDesktopHasAProgramForTheHelpFile) {
     if (!c.found) {
         EXPECT_FALSE(platform.ShellOpen(nullptr, dir.filePath("help.chm")));
     }
-    const char* names[] = {"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS",
-                           "XDG_CURRENT_DESKTOP"};
     for (int i = 0; i < 5; ++i)
         saved[i].isNull() ? qunsetenv(names[i]) : qputenv(names[i], saved[i]);
 }
