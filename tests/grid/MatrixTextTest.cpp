@@ -7,19 +7,15 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QMimeData>
 #include <QTableView>
 #include <QTest>
 
-#include "ClipboardFormats.h"
 #include "GridWidget.h"
 #include "MatrixText.h"
 #include "NamedRows.h"
 #include "SampleTexts.h"
 
 namespace {
-
-using Rows = std::vector<std::vector<std::string>>;
 
 std::vector<SampleText> Samples(const char* family) {
     return SampleTexts("matrix-texts.json", family);
@@ -62,26 +58,6 @@ TEST(MatrixTextHostile, LargeTextsEndWithoutBlowingUp) {
     for (int i = 0; i < 20000; ++i)
         latex += "\\begin{bmatrix}1 & 2";
     EXPECT_EQ(MatrixText::Parse(latex).RowsRead(), 0);
-}
-
-// A spreadsheet's copy goes in as before; printed text is recognised whether it comes
-// with or without markup beside it.
-TEST(MatrixTextPaste, SpreadsheetCopyKeepsItsCells) {
-    QMimeData sheet;
-    sheet.setText("1 2\t3\n");
-    sheet.setHtml("<table><tr><td>1 2</td><td>3</td></tr></table>");
-    EXPECT_EQ(ClipboardFormats::FromMimeData(sheet).ToVectors(), (Rows{{"1 2", "3"}}));
-    QMimeData terminal;
-    terminal.setText("A =\n\n   1   2\n   3   4\n");
-    EXPECT_EQ(ClipboardFormats::FromMimeData(terminal).ToVectors(), (Rows{{"1", "2"}, {"3", "4"}}));
-}
-
-// A bound keeps the paste to the grid's room; whether the text is a matrix does not change.
-TEST(MatrixTextPaste, BoundCropsWhatIsKept) {
-    const TextTable cropped = MatrixText::Parse("A =\n\n   1   2   3\n   4   5   6\n", {1, 2});
-    EXPECT_EQ(cropped.ToVectors(), (Rows{{"1", "2"}}));
-    EXPECT_EQ(ClipboardFormats::ParsePlainText("x =\n\n 1 2\n 3 4\n", {1, 1}).ToVectors(),
-              (Rows{{"1"}}));
 }
 
 // Ctrl+V in a grid puts each entry of a printout into its own cell.
