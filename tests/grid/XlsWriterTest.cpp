@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "FreeXlSheet.h"
@@ -196,10 +197,8 @@ TEST(XlsWriter, FullSizeSheetFitsOneWorksheet) {
     });
     const XlsSheet sheet = RoundTrip(corner, Xls::MaxRows - 1);
     ASSERT_TRUE(sheet.opened);
-    EXPECT_EQ(sheet.sheetCount, 1u);
-    EXPECT_EQ(sheet.name, "Sheet1");
-    EXPECT_EQ(sheet.rows, 65536u);
-    EXPECT_EQ(sheet.cols, 256);
+    EXPECT_EQ(std::tuple(sheet.sheetCount, sheet.name, sheet.rows, sheet.cols),
+              std::tuple(1u, "Sheet1", 65536u, 256));
     EXPECT_EQ(sheet.At(65535, 255).number, 7);
 }
 
