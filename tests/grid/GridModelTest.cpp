@@ -34,10 +34,9 @@ TEST(GridModelTest, ShrinkingDropsCellsFormatsAndSizes) {
     EXPECT_EQ(grid.CellText(3, 3), "");  // outside the grid
     grid.SetRows(10);
     grid.SetCols(10);
-    EXPECT_EQ(grid.CellText(3, 3), "");
-    EXPECT_EQ(grid.CellFormat(3, 3), 0);
-    EXPECT_EQ(grid.ColumnWidth(3), GridModel::DefaultColumnWidth);
-    EXPECT_EQ(grid.RowHeight(3), GridModel::DefaultRowHeight);
+    EXPECT_EQ(std::tuple(grid.CellText(3, 3), grid.CellFormat(3, 3), grid.ColumnWidth(3),
+                         grid.RowHeight(3)),
+              std::tuple(QString(), 0, GridModel::DefaultColumnWidth, GridModel::DefaultRowHeight));
 }
 
 TEST(GridModelTest, WritesGrowTheGridAndKeepUtf8Texts) {

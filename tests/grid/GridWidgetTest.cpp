@@ -230,17 +230,17 @@ TEST_F(GridWidgetTest, ViewFollowsSizesAndTopRow) {
     grid.Column(3).SetWidth(0);
     grid.Column(0).SetWidth(33);
     grid.SetRowHeight(2, 41);
-    EXPECT_EQ(grid.View().columnWidth(1), 90);
-    EXPECT_TRUE(grid.View().isColumnHidden(2));
-    EXPECT_EQ(grid.View().verticalHeader()->width(), 33);
-    EXPECT_EQ(grid.View().rowHeight(1), 41);
+    QTableView& view = grid.View();
+    EXPECT_EQ(std::tuple(view.columnWidth(1), view.isColumnHidden(2),
+                         view.verticalHeader()->width(), view.rowHeight(1)),
+              std::tuple(90, true, 33, 41));
     grid.SetRowHeight(0, 0);
-    EXPECT_TRUE(grid.View().horizontalHeader()->isHidden());
+    EXPECT_TRUE(view.horizontalHeader()->isHidden());
 
     grid.SetRows(300);
     grid.SetTopRow(120);
     QCoreApplication::processEvents();
-    EXPECT_EQ(grid.View().rowAt(0), 119);
+    EXPECT_EQ(view.rowAt(0), 119);
 }
 
 // Given no path, the PDF, CSV and XML exports ask for one; cancelling answers false.
