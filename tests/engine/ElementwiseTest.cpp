@@ -24,11 +24,8 @@ constexpr int Transpose = 3;
 
 // Operands of shapes other than the counts': element (i, j) of A is 10 i + j.
 const Matrix A34 = MatrixOf({{11, 12, 13, 14}, {21, 22, 23, 24}, {31, 32, 33, 34}});
-const Matrix A23 = MatrixOf({{11, 12, 13}, {21, 22, 23}}),
-             A32 = MatrixOf({{11, 12}, {21, 22}, {31, 32}});
-const Matrix B23 = MatrixOf({{11.5, 12.5, 13.5}, {21.5, 22.5, 23.5}}),
-             B12 = MatrixOf({{11.5, 12.5}});
-const Matrix Huge = Sized(1, 3, 1E308), Big = Sized(1, 3, 1E200), Tiny = Sized(2, 2, 1E-200);
+const Matrix B23 = MatrixOf({{11.5, 12.5, 13.5}, {21.5, 22.5, 23.5}});
+const Matrix Huge = Sized(1, 3, 1E308), Tiny = Sized(2, 2, 1E-200);
 
 struct Case {
     const char* name;
@@ -62,21 +59,9 @@ INSTANTIATE_TEST_SUITE_P(Cases, ElementRoutine, ::testing::Values(
          {{0, 0}, {0, 0}}},
     Case{"ScaleByZero", [](Matrix& C) { ScaleMatrix(2, 3, 0.0, A34, C); }, 0,
          {{0, 0, 0}, {0, 0, 0}}},
-    // Error 9 at the first access outside a matrix: B(2, 1), C(1, 3), A(1, 1).
-    Case{"BTooShort", [](Matrix& C) { AddMatrices(2, 2, A34, B12, C); }, 9, {{22.5, 24.5}, {U, U}}},
-    Case{"CTooNarrow", [](Matrix& C) { AddMatrices(2, 3, A34, B23, C); }, 9,
-         {{22.5, 24.5}, {U, U}}},
-    Case{"UnsizedA", [](Matrix& C) { AddMatrices(1, 1, Matrix(), B23, C); }, 9, {{U}}},
-    // Overflow: the infinite element is stored, then error 6.
-    Case{"AddOverflows", [](Matrix& C) { AddMatrices(1, 3, Huge, Huge, C); }, 6, {{inf, U, U}}},
-    Case{"MultiplyOverflows", [](Matrix& C) { MultiplyElementwise(1, 3, Big, Big, C); }, 6,
-         {{inf, U, U}}},
-    Case{"ScaleOverflows", [](Matrix& C) { ScaleMatrix(1, 3, -10.0, Huge, C); }, 6, {{-inf, U, U}}},
-    // A non-square A with its own counts, as Compute passes them: stops at A(3, 1), A(1, 3).
-    Case{"TransposeTwoByThree", [](Matrix& C) { TransposeMatrix(2, 3, A23, C); }, 9,
-         {{11, 21}, {U, U}, {U, U}}},
-    Case{"TransposeThreeByTwo", [](Matrix& C) { TransposeMatrix(3, 2, A32, C); }, 9,
-         {{11, 21, U}, {12, 22, U}}}),
+    // Overflow: the infinite element is stored, then error 6. Where errors stop the other
+    // routines, and what they have written by then, is left to the comparison below.
+    Case{"ScaleOverflows", [](Matrix& C) { ScaleMatrix(1, 3, -10.0, Huge, C); }, 6, {{-inf, U, U}}}),
     ByName());
 // clang-format on
 
@@ -109,7 +94,9 @@ void CheckedReference(int routine, std::int16_t rows, std::int16_t cols, const M
 }
 
 // On operands of every shape, unsized ones included, with counts from -1 up (below 1, no
-// element may be touched) and with some entries that overflow.
+// element may be touched) and with some entries that overflow: error 9 at the first access
+// outside a matrix, error 6 once an infinite element is stored, and exactly the elements
+// written before either.
 TEST(ElementRoutines, FastRowPathLeavesWhatTheCheckedTraversalLeaves) {
     std::mt19937 random(5);
     std::uniform_int_distribution<int> size(0, 5), count(-1, 6), pick(0, 9);
