@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace {
+
 struct SampleText {
     std::string name;
     std::string text;
@@ -18,7 +20,7 @@ struct SampleText {
 };
 
 // The samples of one family; a single sample that cannot pass when the file is unreadable.
-inline std::vector<SampleText> SampleTexts(const char* file, const char* family) {
+std::vector<SampleText> SampleTexts(const char* file, const char* family) {
     QFile in(QStringLiteral(KELVARA_GRID_TEST_DIR "/samples/") + QLatin1String(file));
     const QJsonDocument json =
         QJsonDocument::fromJson(in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray());
@@ -38,3 +40,5 @@ inline std::vector<SampleText> SampleTexts(const char* file, const char* family)
     if (samples.empty()) samples.push_back({"unreadable_samples", "1 2", {{"no samples"}}});
     return samples;
 }
+
+}  // namespace

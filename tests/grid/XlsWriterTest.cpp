@@ -202,6 +202,7 @@ TEST(XlsWriter, FullSizeSheetFitsOneWorksheet) {
     EXPECT_EQ(sheet.At(65535, 255).number, 7);
 }
 
+namespace {
 // A sheet longer or wider than a worksheet continues on further worksheets, and both
 // readers find every cell where the worksheet's name says it came from.
 struct SplitCase {
@@ -210,6 +211,8 @@ struct SplitCase {
     int cols;
     std::vector<std::string> sheets;
 };
+}  // namespace
+
 class XlsSplit : public ::testing::TestWithParam<SplitCase> {};
 
 TEST_P(XlsSplit, SheetContinuesOnFurtherWorksheets) {
