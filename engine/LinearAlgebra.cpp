@@ -49,6 +49,10 @@ namespace {
 constexpr double kEpsilon = 0x1p-52;
 constexpr std::ptrdiff_t kExactLimit = 4096;  // entries tried by exact elimination
 constexpr std::ptrdiff_t kPanel = 48;         // steps per block of the blocked elimination
+// Floating-point operations of one block's elimination below which the workers are left out
+// of it: measured on two threads that share one core's arithmetic units, the panels of
+// matrices up to 1000 x 1000 ran no faster shared out.
+constexpr double kShareLimit = 1.0e8;
 
 [[noreturn]] void RaiseOverflow() {
     throw RuntimeError(RuntimeError::Overflow);
@@ -142,9 +146,7 @@ std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a) 
     std::vector<int> exponents(std::size_t(rows), 0);
     for (std::ptrdiff_t i = 0; i < rows; ++i) {
         double* row = a + i * cols;
-        double largest = 0.0;
-        for (std::ptrdiff_t j = 0; j < cols; ++j)
-            largest = std::max(largest, std::fabs(row[j]));
+        const double largest = Kernels::LargestMagnitude(row, cols);
         if (largest == 0.0) continue;
         const int e = std::ilogb(largest) + 1;
         exponents[std::size_t(i)] = e;
@@ -174,29 +176,67 @@ double Threshold(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a) {
 // Blocked LU with partial pivoting of the n by n row-major block a, in place. Stops at the
 // first step whose largest candidate pivot is at most `tolerance` and returns that step's
 // index; returns n when every step had a pivot. pivots[k] is the row exchanged with row k.
+//
+// Each block of steps is factored as a panel of columns; its multipliers then eliminate
+// the columns to its right. The next panel's columns are eliminated first and factored at
+// once, on the calling thread, while the workers eliminate the columns further right: the
+// factoring, which cannot be shared out, then waits for no one. The next panel's row
+// exchanges reach the other columns once both are done. Rows are exchanged whole, so the
+// order changes no bit, and each element sees the steps in ascending order whatever the
+// block width: the result is that of the plain elimination.
 std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
                                   std::vector<std::ptrdiff_t>& pivots, bool& odd) {
     pivots.assign(std::size_t(n), 0);
     odd = false;
-    // The steps inside a block cost about n * panel^2 / 2 in short row updates: a small
-    // matrix takes narrower blocks. The width changes no bit (see EliminateColumns).
-    const std::ptrdiff_t panel = std::clamp<std::ptrdiff_t>(n / 64 * 8, 8, kPanel);
-    for (std::ptrdiff_t k0 = 0; k0 < n; k0 += panel) {
-        const std::ptrdiff_t k1 = std::min(k0 + panel, n);
-        for (std::ptrdiff_t k = k0; k < k1; ++k) {
-            std::ptrdiff_t best = k;
-            double largest = std::fabs(a[k * n + k]);
-            for (std::ptrdiff_t i = k + 1; i < n; ++i)
-                if (std::fabs(a[i * n + k]) > largest) largest = std::fabs(a[i * n + k]), best = i;
-            if (!(largest > tolerance)) return k;
-            pivots[std::size_t(k)] = best;
-            if (best != k) {
-                std::swap_ranges(a + k * n, a + k * n + n, a + best * n);
-                odd = !odd;
+    // The steps inside a panel cost about n * width^2 in short column updates: a small
+    // matrix takes narrower panels.
+    const std::ptrdiff_t width = std::clamp<std::ptrdiff_t>(n / 64 * 8, 8, kPanel);
+    struct Block {
+        std::ptrdiff_t n, k0, k1, k2, chunk;
+        double* a;
+        double tolerance;
+        std::ptrdiff_t* pivots;
+        bool* odd;
+        std::ptrdiff_t stop;
+    } b{n, 0, std::min(width, n), 0, 0, a, tolerance, pivots.data(), &odd, 0};
+    b.stop = Kernels::FactorPanel(n, a, n, 0, b.k1, tolerance, b.pivots, odd);
+    if (b.stop < b.k1) return b.stop;
+    Kernels::ExchangeRows(a, n, 0, b.k1, b.pivots, b.k1, n);
+    while (b.k1 < n) {
+        b.k2 = std::min(b.k1 + width, n);
+        // Part 0 eliminates and factors the next panel; the other parts share the columns
+        // from k2 on, in chunks that the workers take as they come free. Unshared, the
+        // columns are eliminated in one go before the next panel is factored.
+        const double work = 2.0 * double(n - b.k1) * double(b.k1 - b.k0) * double(n - b.k1);
+        const std::ptrdiff_t rest = n - b.k2;
+        const std::ptrdiff_t chunks =
+            Parallel::Workers() < 2 || work < kShareLimit || rest == 0
+                ? 1
+                : std::clamp<std::ptrdiff_t>(rest / 64, 1, 4 * std::ptrdiff_t(Parallel::Workers()));
+        b.chunk = ((rest + chunks - 1) / chunks + 7) / 8 * 8;
+        auto part = [](void* context, std::ptrdiff_t index) {
+            Block& b = *static_cast<Block*>(context);
+            if (index == 0) {
+                Kernels::EliminateColumnRange(b.n, b.a, b.n, b.k0, b.k1, b.k1, b.k2);
+                b.stop =
+                    Kernels::FactorPanel(b.n, b.a, b.n, b.k1, b.k2, b.tolerance, b.pivots, *b.odd);
+                return;
             }
-            Kernels::EliminatePanelStep(n, a, n, k, k1);
+            const std::ptrdiff_t j0 = b.k2 + (index - 1) * b.chunk;
+            Kernels::EliminateColumnRange(b.n, b.a, b.n, b.k0, b.k1, j0,
+                                          std::min(j0 + b.chunk, b.n));
+        };
+        if (chunks > 1) {
+            Parallel::RunParts(1 + chunks, part, &b);
+        } else {
+            Kernels::EliminateColumnRange(n, a, n, b.k0, b.k1, b.k1, n);
+            b.stop = Kernels::FactorPanel(n, a, n, b.k1, b.k2, tolerance, b.pivots, odd);
         }
-        Kernels::EliminateColumns(n, a, n, k0, k1, k1);
+        if (b.stop < b.k2) return b.stop;
+        Kernels::ExchangeRows(a, n, b.k1, b.k2, b.pivots, 0, b.k1);
+        Kernels::ExchangeRows(a, n, b.k1, b.k2, b.pivots, b.k2, n);
+        b.k0 = b.k1;
+        b.k1 = b.k2;
     }
     return n;
 }
