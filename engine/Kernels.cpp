@@ -240,6 +240,10 @@ bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::p
     return true;
 }
 
+void Divide(double* x, double d, std::ptrdiff_t count) {
+    if (count > 0) VectorPaths::Active().divide(x, d, count);
+}
+
 double LargestMagnitude(const double* x, std::ptrdiff_t count) {
     return count > 0 ? VectorPaths::Active().largestMagnitude(x, count) : -1.0;
 }

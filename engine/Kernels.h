@@ -70,6 +70,9 @@ private:
 // Whether every element of the rows by cols block is finite.
 bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda);
 
+// x[j] = x[j] / d for j = 0 .. count - 1.
+void Divide(double* x, double d, std::ptrdiff_t count);
+
 // The largest |x[j]|, j = 0 .. count - 1; NaNs are left out, and -1 stands for no value.
 double LargestMagnitude(const double* x, std::ptrdiff_t count);
 

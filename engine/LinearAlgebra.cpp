@@ -49,6 +49,7 @@ namespace {
 constexpr double kEpsilon = 0x1p-52;
 constexpr std::ptrdiff_t kExactLimit = 4096;  // entries tried by exact elimination
 constexpr std::ptrdiff_t kPanel = 48;         // steps per block of the blocked elimination
+constexpr std::ptrdiff_t kSolveBlock = 32;    // rows per block of the triangular solves
 // Floating-point operations of one block's elimination below which the workers are left out
 // of it: measured on two threads that share one core's arithmetic units, the panels of
 // matrices up to 1000 x 1000 ran no faster shared out.
@@ -249,8 +250,8 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
 void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t c0,
                   std::ptrdiff_t c1) {
     const std::ptrdiff_t width = c1 - c0;
-    for (std::ptrdiff_t i0 = (c0 / kPanel) * kPanel; i0 < n; i0 += kPanel) {
-        const std::ptrdiff_t i1 = std::min(i0 + kPanel, n);
+    for (std::ptrdiff_t i0 = (c0 / kSolveBlock) * kSolveBlock; i0 < n; i0 += kSolveBlock) {
+        const std::ptrdiff_t i1 = std::min(i0 + kSolveBlock, n);
         if (i0 > c0)
             Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0 - c0,
                                   lu + i0 * n + c0, n, x + c0 * n + c0, n, x + i0 * n + c0, n,
@@ -261,17 +262,15 @@ void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t 
                 Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
         }
     }
-    for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kPanel) {
-        const std::ptrdiff_t i0 = std::max<std::ptrdiff_t>(i1 - kPanel, 0);
+    for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kSolveBlock) {
+        const std::ptrdiff_t i0 = std::max<std::ptrdiff_t>(i1 - kSolveBlock, 0);
         Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, n - i1, lu + i0 * n + i1,
                               n, x + i1 * n + c0, n, x + i0 * n + c0, n, false);
         for (std::ptrdiff_t i = i1 - 1; i >= i0; --i) {
             double* row = x + i * n;
             for (std::ptrdiff_t k = i + 1; k < i1; ++k)
                 Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
-            const double pivot = lu[i * n + i];
-            for (std::ptrdiff_t j = c0; j < c1; ++j)
-                row[j] = row[j] / pivot;
+            Kernels::Divide(row + c0, lu[i * n + i], width);
         }
     }
 }
@@ -424,7 +423,7 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
         std::vector<std::ptrdiff_t> bounds{0};
     } groups{n, a.data, x};
     const double work = 2.0 * double(n) * double(n) * double(n);
-    const std::ptrdiff_t count = work < 8.0e6 ? 1 : 4 * std::ptrdiff_t(Parallel::Workers());
+    const std::ptrdiff_t count = work < kShareLimit ? 1 : 4 * std::ptrdiff_t(Parallel::Workers());
     const double nn = double(n) * double(n);
     double total = 0;
     for (std::ptrdiff_t c = 0; c < n; ++c)

@@ -78,15 +78,10 @@ private:
     static std::uint64_t Generation(std::uint64_t ticket) { return ticket >> 32; }
     static std::uint64_t Next(std::uint64_t ticket) { return ticket & kClosed; }
 
-    static void Relax() {
-#ifdef KELVARA_PAUSE
-        __builtin_ia32_pause();
-#endif
-    }
     // A short busy wait, then giving the core away, for waits that turn out long.
     static void Pause(unsigned spins) {
         if (spins < 4096)
-            Relax();
+            __builtin_ia32_pause();
         else
             std::this_thread::yield();
     }
@@ -132,7 +127,6 @@ private:
             const std::uint64_t seen = ticket;
             const auto until = Clock::now() + std::chrono::microseconds(1000);
             for (unsigned spins = 1; (ticket = ticket_.load()) == seen; ++spins) {
-                Relax();
                 if (spins % 256 == 0 && Clock::now() > until) {
                     // Registered as asleep before the last look at the ticket: a split
                     // published after that look sees the sleeper and wakes it.
