@@ -59,23 +59,15 @@ constexpr double kShareLimit = 1.0e8;
     throw RuntimeError(RuntimeError::Overflow);
 }
 
-// A's block, rows by cols, as a contiguous row-major copy (bounds checked as described) in
-// the calling thread's operand buffer.
+// Room for A's block, rows by cols, as a contiguous row-major array in the calling thread's
+// operand buffer, once A is checked to hold it as described. ScaleRows fills it.
 struct Block {
     Kernels::Scratch buffer;
     double* data;
-    std::size_t size;
     Block(std::int16_t rows, std::int16_t cols, const Matrix& A)
         : buffer((Kernels::CheckTraversal(rows, cols, A), Kernels::Scratch::Operand),
                  std::size_t(rows) * std::size_t(cols)),
-          data(buffer.Data()),
-          size(std::size_t(rows) * std::size_t(cols)) {
-        for (std::int16_t i = 1; i <= rows; ++i)
-            std::memcpy(data + std::size_t(i - 1) * std::size_t(cols), A.RowData(i),
-                        sizeof(double) * std::size_t(cols));
-    }
-    double* begin() const { return data; }
-    double* end() const { return data + size; }
+          data(buffer.Data()) {}
 };
 
 // ---------------------------------------------------------------- exact path -------------
@@ -88,14 +80,17 @@ struct ExactReduction {
 // Fraction-free (Bareiss) elimination with row exchanges: every intermediate value is a
 // minor of A, and each division by the previous pivot is exact.
 std::optional<ExactReduction> ReduceIntegers(std::ptrdiff_t rows, std::ptrdiff_t cols,
-                                             const double* a) {
+                                             const Matrix& A) {
     using Int = __int128;
     if (rows * cols > kExactLimit) return std::nullopt;
     std::vector<Int> m(std::size_t(rows * cols));
-    for (std::ptrdiff_t i = 0; i < rows * cols; ++i) {
-        const double x = a[i];
-        if (!(std::fabs(x) <= 0x1p62) || x != std::trunc(x)) return std::nullopt;
-        m[std::size_t(i)] = static_cast<long long>(x);
+    for (std::ptrdiff_t i = 0; i < rows; ++i) {
+        const double* row = A.RowData(std::int16_t(i + 1));
+        for (std::ptrdiff_t j = 0; j < cols; ++j) {
+            const double x = row[j];
+            if (!(std::fabs(x) <= 0x1p62) || x != std::trunc(x)) return std::nullopt;
+            m[std::size_t(i * cols + j)] = static_cast<long long>(x);
+        }
     }
     auto at = [&](std::ptrdiff_t i, std::ptrdiff_t j) -> Int& {
         return m[std::size_t(i * cols + j)];
@@ -139,26 +134,28 @@ std::optional<ExactReduction> ReduceIntegers(std::ptrdiff_t rows, std::ptrdiff_t
 
 // ---------------------------------------------------------------- scaling ----------------
 
-// Scales each row of the rows by cols block by 2^-e(i) so that its largest magnitude lies
-// in [0.5, 1) (zero rows stay as they are); returns the exponents e(i). A non-finite entry
-// raises 6: nothing computed from it could pass inspection.
-std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a) {
-    if (!Kernels::AllFinite(a, rows, cols, cols)) RaiseOverflow();
+// Writes A's rows 1..rows, columns 1..cols into the row-major block a, each row scaled by
+// 2^-e(i) so that its largest magnitude lies in [0.5, 1) (zero rows stay as they are);
+// returns the exponents e(i). A non-finite entry raises 6: nothing computed from it could
+// pass inspection.
+std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, const Matrix& A, double* a) {
+    for (std::ptrdiff_t i = 0; i < rows; ++i)
+        if (!Kernels::AllFinite(A.RowData(std::int16_t(i + 1)), 1, cols, cols)) RaiseOverflow();
     std::vector<int> exponents(std::size_t(rows), 0);
     for (std::ptrdiff_t i = 0; i < rows; ++i) {
+        const double* source = A.RowData(std::int16_t(i + 1));
         double* row = a + i * cols;
-        const double largest = Kernels::LargestMagnitude(row, cols);
-        if (largest == 0.0) continue;
-        const int e = std::ilogb(largest) + 1;
+        const double largest = Kernels::LargestMagnitude(source, cols);
+        const int e = largest == 0.0 ? 0 : std::ilogb(largest) + 1;
         exponents[std::size_t(i)] = e;
         // A power of two scales exactly; one multiplier per row where it is representable.
         if (e > -1000 && e < 1000) {
             const double factor = std::ldexp(1.0, -e);
             for (std::ptrdiff_t j = 0; j < cols; ++j)
-                row[j] = row[j] * factor;
+                row[j] = source[j] * factor;
         } else {
             for (std::ptrdiff_t j = 0; j < cols; ++j)
-                row[j] = std::ldexp(row[j], -e);
+                row[j] = std::ldexp(source[j], -e);
         }
     }
     return exponents;
@@ -364,11 +361,13 @@ void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB
 double MatrixDeterminant(std::int16_t n, const Matrix& A) {
     if (n < 1) return 1.0;  // the empty product
     Block a(n, n, A);
-    if (auto exact = ReduceIntegers(n, n, a.data)) return exact->determinant;
+    if (auto exact = ReduceIntegers(n, n, A)) return exact->determinant;
     // The determinant of an integer matrix is an integer: below 1/2 in magnitude it is 0.
-    const bool integers =
-        std::all_of(a.begin(), a.end(), [](double x) { return x == std::trunc(x); });
-    const std::vector<int> exponents = ScaleRows(n, n, a.data);
+    bool integers = true;
+    for (std::int16_t i = 1; i <= n && integers; ++i)
+        integers = std::all_of(A.RowData(i), A.RowData(i) + n,
+                               [](double x) { return x == std::trunc(x); });
+    const std::vector<int> exponents = ScaleRows(n, n, A, a.data);
     std::vector<std::ptrdiff_t> pivots;
     bool odd;
     if (FactorPartialPivot(n, a.data, 0.0, pivots, odd) < n) return 0.0;
@@ -392,9 +391,9 @@ double MatrixDeterminant(std::int16_t n, const Matrix& A) {
 bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
     if (n < 1) return true;  // nothing to invert
     Block a(n, n, A);
-    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, a.data);
+    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, A);
     if (exact && exact->rank < n) return false;
-    const std::vector<int> exponents = ScaleRows(n, n, a.data);
+    const std::vector<int> exponents = ScaleRows(n, n, A, a.data);
     // A matrix known to be invertible stops only at a pivot that is exactly zero.
     const double tolerance = exact ? 0.0 : Threshold(n, n, a.data);
     std::vector<std::ptrdiff_t> pivots;
@@ -452,21 +451,38 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
         const int e = exponents[std::size_t(j)];
         factors[std::size_t(j)] = e > -1000 && e < 1000 ? std::ldexp(1.0, -e) : 0.0;
     }
-    std::vector<double> row(static_cast<std::size_t>(n));
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
-        double* xi = x + i * n;
-        for (std::ptrdiff_t k = 0; k < n; ++k) {
-            const std::size_t j = std::size_t(order[std::size_t(k)]);
-            row[j] = factors[j] != 0.0 ? xi[k] * factors[j] : std::ldexp(xi[k], -exponents[j]);
+    std::vector<std::ptrdiff_t> source(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t k = 0; k < n; ++k)
+        source[std::size_t(order[std::size_t(k)])] = k;
+    const bool normal =
+        std::all_of(factors.begin(), factors.end(), [](double f) { return f != 0.0; });
+    auto finishRow = [&](const double* xi, double* out) {
+        for (std::ptrdiff_t j = 0; j < n; ++j)
+            out[j] = xi[source[std::size_t(j)]];
+        if (normal) {
+            for (std::ptrdiff_t j = 0; j < n; ++j)
+                out[j] = out[j] * factors[std::size_t(j)];
+        } else {
+            for (std::ptrdiff_t j = 0; j < n; ++j)
+                out[j] = factors[std::size_t(j)] != 0.0
+                             ? out[j] * factors[std::size_t(j)]
+                             : std::ldexp(out[j], -exponents[std::size_t(j)]);
         }
-        std::copy(row.begin(), row.end(), xi);
-    }
-    if (!Kernels::AllFinite(x, n, n, n)) RaiseOverflow();
+    };
     if (Inv.Covers(n, n)) {
+        // Straight into Inv's rows; a non-finite value ends the program through error 6,
+        // so what those rows hold by then is never seen.
         for (std::int16_t i = 1; i <= n; ++i)
-            std::memcpy(Inv.RowData(i), x + std::size_t(i - 1) * std::size_t(n),
-                        sizeof(double) * std::size_t(n));
+            finishRow(x + std::size_t(i - 1) * std::size_t(n), Inv.RowData(i));
+        for (std::int16_t i = 1; i <= n; ++i)
+            if (!Kernels::AllFinite(Inv.RowData(i), 1, n, n)) RaiseOverflow();
     } else {
+        std::vector<double> row(static_cast<std::size_t>(n));
+        for (std::ptrdiff_t i = 0; i < n; ++i) {
+            finishRow(x + i * n, row.data());
+            std::copy(row.begin(), row.end(), x + i * n);
+        }
+        if (!Kernels::AllFinite(x, n, n, n)) RaiseOverflow();
         for (std::int16_t i = 1; i <= n; ++i)
             for (std::int16_t j = 1; j <= n; ++j)
                 Inv.At(i, j) = x[std::size_t(i - 1) * std::size_t(n) + std::size_t(j - 1)];
@@ -477,9 +493,8 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
 std::int16_t MatrixRank(std::int16_t rows, std::int16_t cols, const Matrix& A) {
     if (rows < 1 || cols < 1) return 0;
     Block a(rows, cols, A);
-    if (auto exact = ReduceIntegers(rows, cols, a.data))
-        return static_cast<std::int16_t>(exact->rank);
-    ScaleRows(rows, cols, a.data);
+    if (auto exact = ReduceIntegers(rows, cols, A)) return static_cast<std::int16_t>(exact->rank);
+    ScaleRows(rows, cols, A, a.data);
     const double tolerance = Threshold(rows, cols, a.data);
     return static_cast<std::int16_t>(CountPivots(rows, cols, a.data, tolerance));
 }
