@@ -171,7 +171,7 @@ void MultiplyInto(Update update, std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdif
     // Shared out only from about 4 million operations (a 126 x 126 product): below that,
     // the second worker's start and the halved blocks cost more than they save.
     const double operations = 2.0 * double(m) * double(n) * double(depth);
-    const double work = parallel && operations >= 4.0e6 ? operations : 0.0;
+    const double work = parallel && Parallel::WorthSharing(operations, 4.0e6) ? operations : 0.0;
     // Workers take whole rows or whole columns of c: each element stays with one worker.
     if (m >= n)
         Parallel::ForRange(0, m, k.mr, work,

@@ -208,7 +208,7 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
         const double work = 2.0 * double(n - b.k1) * double(b.k1 - b.k0) * double(n - b.k1);
         const std::ptrdiff_t rest = n - b.k2;
         const std::ptrdiff_t chunks =
-            Parallel::Workers() < 2 || work < kShareLimit || rest == 0
+            Parallel::Workers() < 2 || !Parallel::WorthSharing(work, kShareLimit) || rest == 0
                 ? 1
                 : std::clamp<std::ptrdiff_t>(rest / 64, 1, 4 * std::ptrdiff_t(Parallel::Workers()));
         b.chunk = ((rest + chunks - 1) / chunks + 7) / 8 * 8;
@@ -422,7 +422,8 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
         std::vector<std::ptrdiff_t> bounds{0};
     } groups{n, a.data, x};
     const double work = 2.0 * double(n) * double(n) * double(n);
-    const std::ptrdiff_t count = work < kShareLimit ? 1 : 4 * std::ptrdiff_t(Parallel::Workers());
+    const std::ptrdiff_t count =
+        Parallel::WorthSharing(work, kShareLimit) ? 4 * std::ptrdiff_t(Parallel::Workers()) : 1;
     const double nn = double(n) * double(n);
     double total = 0;
     for (std::ptrdiff_t c = 0; c < n; ++c)

@@ -18,6 +18,7 @@ unsigned MachineWorkers() {
 }
 
 std::atomic<unsigned> limit{0};
+std::atomic<bool> shareEverything{false};
 
 // Threads that wait for parts of a split. One split runs at a time; the thread that posts
 // it takes part 0 and whatever parts no worker has claimed yet.
@@ -160,6 +161,15 @@ unsigned Workers() {
 
 void LimitWorkers(unsigned count) {
     limit.store(count, std::memory_order_relaxed);
+}
+
+bool WorthSharing(double operations, double least) {
+    return operations > 0 &&
+           (operations >= least || shareEverything.load(std::memory_order_relaxed));
+}
+
+void ShareEverything(bool on) {
+    shareEverything.store(on, std::memory_order_relaxed);
 }
 
 void RunParts(std::ptrdiff_t parts, void (*task)(void*, std::ptrdiff_t), void* context) {
