@@ -205,17 +205,38 @@ void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrd
     });
 }
 
+namespace {
+
+// Rows r0 + 1 .. r1 - 1 of the columns j0 .. j1 - 1 take the steps r0 .. i - 1:
+// a(i, j) = a(i, j) - a(i, k) * a(k, j) in ascending k. By halves: the upper rows first,
+// then their steps for the lower rows at once as a product, then the lower rows' own
+// steps; each element still sees the steps in ascending order.
+void EliminateTriangle(double* a, std::ptrdiff_t lda, std::ptrdiff_t r0, std::ptrdiff_t r1,
+                       std::ptrdiff_t j0, std::ptrdiff_t j1) {
+    if (r1 - r0 <= 8) {
+        for (std::ptrdiff_t i = r0 + 1; i < r1; ++i) {
+            double* row = a + i * lda;
+            for (std::ptrdiff_t k = r0; k < i; ++k)
+                SubtractScaled(row + j0, a + k * lda + j0, row[k], j1 - j0);
+        }
+        return;
+    }
+    const std::ptrdiff_t mid = r0 + (r1 - r0) / 2;
+    EliminateTriangle(a, lda, r0, mid, j0, j1);
+    MultiplyInto(Update::Subtract, r1 - mid, j1 - j0, mid - r0, a + mid * lda + r0, lda,
+                 a + r0 * lda + j0, lda, a + mid * lda + j0, lda, false);
+    EliminateTriangle(a, lda, mid, r1, j0, j1);
+}
+
+}  // namespace
+
 void EliminateColumnRange(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
                           std::ptrdiff_t kEnd, std::ptrdiff_t j0, std::ptrdiff_t j1) {
     if (kEnd <= k0 || j1 <= j0) return;
-    // Rows inside the block of steps depend on the rows above them, one after another; the
-    // rows below take every step of the block at once, as a product of the multipliers and
-    // the finished pivot rows subtracted element by element in the order of the steps.
-    for (std::ptrdiff_t i = k0 + 1; i < kEnd; ++i) {
-        double* row = a + i * lda;
-        for (std::ptrdiff_t k = k0; k < i; ++k)
-            SubtractScaled(row + j0, a + k * lda + j0, row[k], j1 - j0);
-    }
+    // Rows inside the block of steps depend on the rows above them; the rows below take
+    // every step of the block at once, as a product of the multipliers and the finished
+    // pivot rows subtracted element by element in the order of the steps.
+    EliminateTriangle(a, lda, k0, kEnd, j0, j1);
     MultiplyInto(Update::Subtract, n - kEnd, j1 - j0, kEnd - k0, a + kEnd * lda + k0, lda,
                  a + k0 * lda + j0, lda, a + kEnd * lda + j0, lda, false);
 }
@@ -249,6 +270,32 @@ double LargestMagnitude(const double* x, std::ptrdiff_t count) {
 }
 
 namespace {
+
+// out(c, r) = in(r, c) for the rows by cols row-major block in, in tiles of 8 x 8 so that
+// both sides are read and written a cache line at a time.
+void Transpose(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* in, std::ptrdiff_t ldIn,
+               double* out, std::ptrdiff_t ldOut) {
+    constexpr std::ptrdiff_t T = 8;
+    for (std::ptrdiff_t r0 = 0; r0 < rows; r0 += T) {
+        const std::ptrdiff_t r1 = std::min(r0 + T, rows);
+        for (std::ptrdiff_t c0 = 0; c0 < cols; c0 += T) {
+            const std::ptrdiff_t c1 = std::min(c0 + T, cols);
+            if (r1 - r0 == T && c1 - c0 == T) {
+                double tile[T][T];
+                for (std::ptrdiff_t r = 0; r < T; ++r)
+                    for (std::ptrdiff_t c = 0; c < T; ++c)
+                        tile[c][r] = in[(r0 + r) * ldIn + c0 + c];
+                for (std::ptrdiff_t c = 0; c < T; ++c)
+                    for (std::ptrdiff_t r = 0; r < T; ++r)
+                        out[(c0 + c) * ldOut + r0 + r] = tile[c][r];
+            } else {
+                for (std::ptrdiff_t r = r0; r < r1; ++r)
+                    for (std::ptrdiff_t c = c0; c < c1; ++c)
+                        out[c * ldOut + r] = in[r * ldIn + c];
+            }
+        }
+    }
+}
 
 // A panel held as columns: element (r, c) of the panel at p[c * height + r], row r of the
 // panel being row k0 + r of the array.
@@ -331,14 +378,9 @@ std::ptrdiff_t FactorPanel(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std:
     // down contiguous columns as long as the panel is high.
     Scratch buffer(Scratch::Panel, std::size_t(width * height));
     Panel panel{VectorPaths::Active(), buffer.Data(), height, width, k0, tolerance, pivots, odd};
-    double* p = panel.p;
-    for (std::ptrdiff_t r = 0; r < height; ++r)
-        for (std::ptrdiff_t c = 0; c < width; ++c)
-            p[c * height + r] = a[(k0 + r) * lda + k0 + c];
+    Transpose(height, width, a + k0 * lda + k0, lda, panel.p, height);
     const std::ptrdiff_t stop = k0 + panel.Factor(0, width);
-    for (std::ptrdiff_t r = 0; r < height; ++r)
-        for (std::ptrdiff_t c = 0; c < width; ++c)
-            a[(k0 + r) * lda + k0 + c] = p[c * height + r];
+    Transpose(width, height, panel.p, height, a + k0 * lda + k0, lda);
     return stop;
 }
 
