@@ -146,7 +146,7 @@ private:
     std::atomic<void (*)(void*, std::ptrdiff_t)> task_{nullptr};
     std::atomic<void*> context_{nullptr};
     std::atomic<std::uint64_t> parts_{0};
-    std::atomic<std::ptrdiff_t> finished_{0};  // parts finished by the workers
+    std::atomic<std::ptrdiff_t> finished_{0};  // parts after the first that have finished
     std::atomic<unsigned> sleepers_{0};
     std::atomic<unsigned> wakeups_{0};  // counts the wake-ups of sleeping workers
     std::atomic<bool> stop_{false};
