@@ -205,30 +205,25 @@ void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrd
     });
 }
 
-namespace {
-
-// Rows r0 + 1 .. r1 - 1 of the columns j0 .. j1 - 1 take the steps r0 .. i - 1:
-// a(i, j) = a(i, j) - a(i, k) * a(k, j) in ascending k. By halves: the upper rows first,
-// then their steps for the lower rows at once as a product, then the lower rows' own
-// steps; each element still sees the steps in ascending order.
-void EliminateTriangle(double* a, std::ptrdiff_t lda, std::ptrdiff_t r0, std::ptrdiff_t r1,
-                       std::ptrdiff_t j0, std::ptrdiff_t j1) {
+void EliminateTriangle(const double* l, std::ptrdiff_t ldl, double* x, std::ptrdiff_t ldx,
+                       std::ptrdiff_t r0, std::ptrdiff_t r1, std::ptrdiff_t j0, std::ptrdiff_t j1) {
     if (r1 - r0 <= 8) {
         for (std::ptrdiff_t i = r0 + 1; i < r1; ++i) {
-            double* row = a + i * lda;
+            double* row = x + i * ldx;
             for (std::ptrdiff_t k = r0; k < i; ++k)
-                SubtractScaled(row + j0, a + k * lda + j0, row[k], j1 - j0);
+                SubtractScaled(row + j0, x + k * ldx + j0, l[i * ldl + k], j1 - j0);
         }
         return;
     }
+    // By halves: the upper rows first, then their steps for the lower rows at once as a
+    // product, then the lower rows' own steps; each element still sees the steps in
+    // ascending order.
     const std::ptrdiff_t mid = r0 + (r1 - r0) / 2;
-    EliminateTriangle(a, lda, r0, mid, j0, j1);
-    MultiplyInto(Update::Subtract, r1 - mid, j1 - j0, mid - r0, a + mid * lda + r0, lda,
-                 a + r0 * lda + j0, lda, a + mid * lda + j0, lda, false);
-    EliminateTriangle(a, lda, mid, r1, j0, j1);
+    EliminateTriangle(l, ldl, x, ldx, r0, mid, j0, j1);
+    MultiplyInto(Update::Subtract, r1 - mid, j1 - j0, mid - r0, l + mid * ldl + r0, ldl,
+                 x + r0 * ldx + j0, ldx, x + mid * ldx + j0, ldx, false);
+    EliminateTriangle(l, ldl, x, ldx, mid, r1, j0, j1);
 }
-
-}  // namespace
 
 void EliminateColumnRange(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
                           std::ptrdiff_t kEnd, std::ptrdiff_t j0, std::ptrdiff_t j1) {
@@ -236,7 +231,7 @@ void EliminateColumnRange(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::
     // Rows inside the block of steps depend on the rows above them; the rows below take
     // every step of the block at once, as a product of the multipliers and the finished
     // pivot rows subtracted element by element in the order of the steps.
-    EliminateTriangle(a, lda, k0, kEnd, j0, j1);
+    EliminateTriangle(a, lda, a, lda, k0, kEnd, j0, j1);
     MultiplyInto(Update::Subtract, n - kEnd, j1 - j0, kEnd - k0, a + kEnd * lda + k0, lda,
                  a + k0 * lda + j0, lda, a + kEnd * lda + j0, lda, false);
 }

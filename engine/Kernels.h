@@ -93,6 +93,13 @@ std::ptrdiff_t FactorPanel(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std:
 void ExchangeRows(double* a, std::ptrdiff_t lda, std::ptrdiff_t k0, std::ptrdiff_t k1,
                   const std::ptrdiff_t* pivots, std::ptrdiff_t c0, std::ptrdiff_t c1);
 
+// x(i, j) = x(i, j) - l(i, k) * x(k, j) for the rows i = r0 + 1 .. r1 - 1, the columns
+// j = j0 .. j1 - 1 and k = r0 .. i - 1, in ascending k for each element (the forward steps
+// of a unit lower triangle l). l may be x itself when its columns r0 .. r1 - 1 lie outside
+// j0 .. j1 - 1. On the calling thread.
+void EliminateTriangle(const double* l, std::ptrdiff_t ldl, double* x, std::ptrdiff_t ldx,
+                       std::ptrdiff_t r0, std::ptrdiff_t r1, std::ptrdiff_t j0, std::ptrdiff_t j1);
+
 // EliminateColumns for the columns j0 .. j1 - 1 only, on the calling thread.
 void EliminateColumnRange(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
                           std::ptrdiff_t kEnd, std::ptrdiff_t j0, std::ptrdiff_t j1);

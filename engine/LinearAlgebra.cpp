@@ -49,7 +49,8 @@ namespace {
 constexpr double kEpsilon = 0x1p-52;
 constexpr std::ptrdiff_t kExactLimit = 4096;  // entries tried by exact elimination
 constexpr std::ptrdiff_t kPanel = 48;         // steps per block of the blocked elimination
-constexpr std::ptrdiff_t kSolveBlock = 32;    // rows per block of the triangular solves
+constexpr std::ptrdiff_t kSolveBlock =
+    32;  // rows per block of the triangular solves    // rows per block of the triangular solves
 // Floating-point operations of one block's elimination below which the workers are left out
 // of it: measured on two threads that share one core's arithmetic units, the panels of
 // matrices up to 1000 x 1000 ran no faster shared out.
@@ -239,6 +240,28 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
     return n;
 }
 
+// Rows r0 .. r1 - 1 of the columns [c0, c1) of x solved against the upper triangle of lu,
+// from the last row up: x(i) = (x(i) - sum of lu(i, k) x(k) over k in (i, r1)) / lu(i, i).
+// By halves, the lower rows first, then their share of the upper rows' sums as a product.
+void SolveUpper(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t r0, std::ptrdiff_t r1,
+                std::ptrdiff_t c0, std::ptrdiff_t c1) {
+    const std::ptrdiff_t width = c1 - c0;
+    if (r1 - r0 <= 8) {
+        for (std::ptrdiff_t i = r1 - 1; i >= r0; --i) {
+            double* row = x + i * n;
+            for (std::ptrdiff_t k = i + 1; k < r1; ++k)
+                Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
+            Kernels::Divide(row + c0, lu[i * n + i], width);
+        }
+        return;
+    }
+    const std::ptrdiff_t mid = r0 + (r1 - r0) / 2;
+    SolveUpper(n, lu, x, mid, r1, c0, c1);
+    Kernels::MultiplyInto(Kernels::Update::Subtract, mid - r0, width, r1 - mid, lu + r0 * n + mid,
+                          n, x + mid * n + c0, n, x + r0 * n + c0, n, false);
+    SolveUpper(n, lu, x, r0, mid, c0, c1);
+}
+
 // Solves L U X = I for the columns [c0, c1) of x (n by n, row-major), which holds the
 // identity: forward with the unit lower triangle, then backward with the upper one, both
 // blocked so that most of the work is a product of blocks. In the forward pass the rows
@@ -253,22 +276,13 @@ void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t 
             Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0 - c0,
                                   lu + i0 * n + c0, n, x + c0 * n + c0, n, x + i0 * n + c0, n,
                                   false);
-        for (std::ptrdiff_t i = std::max(i0, c0) + 1; i < i1; ++i) {
-            double* row = x + i * n;
-            for (std::ptrdiff_t k = std::max(i0, c0); k < i; ++k)
-                Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
-        }
+        Kernels::EliminateTriangle(lu, n, x, n, std::max(i0, c0), i1, c0, c1);
     }
     for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kSolveBlock) {
         const std::ptrdiff_t i0 = std::max<std::ptrdiff_t>(i1 - kSolveBlock, 0);
         Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, n - i1, lu + i0 * n + i1,
                               n, x + i1 * n + c0, n, x + i0 * n + c0, n, false);
-        for (std::ptrdiff_t i = i1 - 1; i >= i0; --i) {
-            double* row = x + i * n;
-            for (std::ptrdiff_t k = i + 1; k < i1; ++k)
-                Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
-            Kernels::Divide(row + c0, lu[i * n + i], width);
-        }
+        SolveUpper(n, lu, x, i0, i1, c0, c1);
     }
 }
 
