@@ -44,9 +44,6 @@ void Prepare() {
     static bool done = false;
     if (done) return;
     done = true;
-    // One heap for every thread: the engine's workers keep their scratch buffers there too,
-    // in the prepared range, and a computation's memory is reused whichever thread frees it.
-    mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_THRESHOLD, int(kOwnMapping));
     mallopt(M_TRIM_THRESHOLD, int(kKeptFree));
 

@@ -9,11 +9,10 @@
 
 namespace WorkingMemory {
 
-// Keeps freed memory for the next computation instead of returning it, lets every thread
-// allocate from one heap, and prepares an address range at the heap's top that the system
-// may back with large pages, so that the first computation's fresh memory costs a fault per
-// large page rather than one per 4 KB. Nothing is touched: the range costs no memory until
-// it is used. Call once, first thing in main().
+// Keeps freed memory for the next computation instead of returning it, and prepares an address
+// range at the heap's top that the system may back with large pages, so that the first
+// computation's fresh memory costs a fault per large page rather than one per 4 KB. Nothing is
+// touched: the range costs no memory until it is used. Call once, first thing in main().
 void Prepare();
 
 // Bytes of the heap's top range prepared for large pages (0 where the allocator or the
