@@ -142,11 +142,12 @@ Scratch::Scratch(Slot slot, std::size_t count) : slot_(slot) {
     if (k.size < count) {
         k.data.reset();
         k.size = 0;
-        k.data = std::make_unique_for_overwrite<double[]>(count);
+        k.data = std::make_unique_for_overwrite<double[]>(count + 8);
         k.size = count;
     }
     k.inUse = true;
     data_ = k.data.get();
+    data_ += (64 - reinterpret_cast<std::uintptr_t>(data_) % 64) % 64 / sizeof(double);
 }
 
 Scratch::~Scratch() {
@@ -167,7 +168,10 @@ void MultiplyInto(Update update, std::ptrdiff_t m, std::ptrdiff_t n, std::ptrdif
     auto run = [&](std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t n0, std::ptrdiff_t n1) {
         Blocked(update, m0, m1, n0, n1, depth, a, lda, b, ldb, c, ldc);
     };
-    const double work = parallel ? 2.0 * double(m) * double(n) * double(depth) : 0.0;
+    // Shared out only from about 4 million operations (a 126 x 126 product): below that,
+    // the second worker's start and the halved blocks cost more than they save.
+    const double operations = 2.0 * double(m) * double(n) * double(depth);
+    const double work = parallel && Parallel::WorthSharing(operations, 4.0e6) ? operations : 0.0;
     // Workers take whole rows or whole columns of c: each element stays with one worker.
     if (m >= n)
         Parallel::ForRange(0, m, k.mr, work,
@@ -192,20 +196,49 @@ void AddScaled(double* y, const double* x, double s, std::ptrdiff_t count) {
 void EliminateColumns(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
                       std::ptrdiff_t kEnd, std::ptrdiff_t c0) {
     if (kEnd <= k0 || c0 >= n) return;
-    // Rows inside the block of steps depend on the rows above them: one after another,
-    // but the columns are independent, so the workers share those out.
-    const double work = double(kEnd - k0) * double(kEnd - k0) * double(n - c0);
-    Parallel::ForRange(c0, n, 64, work, [&](std::ptrdiff_t j0, std::ptrdiff_t j1) {
-        for (std::ptrdiff_t i = k0 + 1; i < kEnd; ++i) {
+    // The columns are independent: each worker takes a share of them through the whole
+    // block of steps.
+    const double work = 2.0 * double(n - k0) * double(kEnd - k0) * double(n - c0);
+    const std::ptrdiff_t grain = 2 * VectorPaths::Active().nr;
+    Parallel::ForRange(c0, n, grain, work, [&](std::ptrdiff_t j0, std::ptrdiff_t j1) {
+        EliminateColumnRange(n, a, lda, k0, kEnd, j0, j1);
+    });
+}
+
+namespace {
+
+// Rows r0 + 1 .. r1 - 1 of the columns j0 .. j1 - 1 take the steps r0 .. i - 1:
+// a(i, j) = a(i, j) - a(i, k) * a(k, j) in ascending k. By halves: the upper rows first,
+// then their steps for the lower rows at once as a product, then the lower rows' own
+// steps; each element still sees the steps in ascending order.
+void EliminateTriangle(double* a, std::ptrdiff_t lda, std::ptrdiff_t r0, std::ptrdiff_t r1,
+                       std::ptrdiff_t j0, std::ptrdiff_t j1) {
+    if (r1 - r0 <= 8) {
+        for (std::ptrdiff_t i = r0 + 1; i < r1; ++i) {
             double* row = a + i * lda;
-            for (std::ptrdiff_t k = k0; k < i; ++k)
+            for (std::ptrdiff_t k = r0; k < i; ++k)
                 SubtractScaled(row + j0, a + k * lda + j0, row[k], j1 - j0);
         }
-    });
-    // The rows below take every step of the block: a product of the multipliers and the
-    // finished pivot rows, subtracted element by element in the order of the steps.
-    MultiplyInto(Update::Subtract, n - kEnd, n - c0, kEnd - k0, a + kEnd * lda + k0, lda,
-                 a + k0 * lda + c0, lda, a + kEnd * lda + c0, lda);
+        return;
+    }
+    const std::ptrdiff_t mid = r0 + (r1 - r0) / 2;
+    EliminateTriangle(a, lda, r0, mid, j0, j1);
+    MultiplyInto(Update::Subtract, r1 - mid, j1 - j0, mid - r0, a + mid * lda + r0, lda,
+                 a + r0 * lda + j0, lda, a + mid * lda + j0, lda, false);
+    EliminateTriangle(a, lda, mid, r1, j0, j1);
+}
+
+}  // namespace
+
+void EliminateColumnRange(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
+                          std::ptrdiff_t kEnd, std::ptrdiff_t j0, std::ptrdiff_t j1) {
+    if (kEnd <= k0 || j1 <= j0) return;
+    // Rows inside the block of steps depend on the rows above them; the rows below take
+    // every step of the block at once, as a product of the multipliers and the finished
+    // pivot rows subtracted element by element in the order of the steps.
+    EliminateTriangle(a, lda, k0, kEnd, j0, j1);
+    MultiplyInto(Update::Subtract, n - kEnd, j1 - j0, kEnd - k0, a + kEnd * lda + k0, lda,
+                 a + k0 * lda + j0, lda, a + kEnd * lda + j0, lda, false);
 }
 
 void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k,
@@ -220,29 +253,143 @@ void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::pt
     }
 }
 
-namespace {
-using V2 = double __attribute__((vector_size(16)));
-inline V2 Load(const double* p) {
-    V2 v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
+bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda) {
+    const VectorPaths::FiniteFunction finite = VectorPaths::Active().allFinite;
+    if (cols == lda) return rows <= 0 || finite(a, rows * cols);
+    for (std::ptrdiff_t i = 0; i < rows; ++i)
+        if (!finite(a + i * lda, cols)) return false;
+    return true;
 }
+
+void Divide(double* x, double d, std::ptrdiff_t count) {
+    if (count > 0) VectorPaths::Active().divide(x, d, count);
+}
+
+double LargestMagnitude(const double* x, std::ptrdiff_t count) {
+    return count > 0 ? VectorPaths::Active().largestMagnitude(x, count) : -1.0;
+}
+
+namespace {
+
+// out(c, r) = in(r, c) for the rows by cols row-major block in, in tiles of 8 x 8 so that
+// both sides are read and written a cache line at a time.
+void Transpose(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* in, std::ptrdiff_t ldIn,
+               double* out, std::ptrdiff_t ldOut) {
+    constexpr std::ptrdiff_t T = 8;
+    for (std::ptrdiff_t r0 = 0; r0 < rows; r0 += T) {
+        const std::ptrdiff_t r1 = std::min(r0 + T, rows);
+        for (std::ptrdiff_t c0 = 0; c0 < cols; c0 += T) {
+            const std::ptrdiff_t c1 = std::min(c0 + T, cols);
+            if (r1 - r0 == T && c1 - c0 == T) {
+                double tile[T][T];
+                for (std::ptrdiff_t r = 0; r < T; ++r)
+                    for (std::ptrdiff_t c = 0; c < T; ++c)
+                        tile[c][r] = in[(r0 + r) * ldIn + c0 + c];
+                for (std::ptrdiff_t c = 0; c < T; ++c)
+                    for (std::ptrdiff_t r = 0; r < T; ++r)
+                        out[(c0 + c) * ldOut + r0 + r] = tile[c][r];
+            } else {
+                for (std::ptrdiff_t r = r0; r < r1; ++r)
+                    for (std::ptrdiff_t c = c0; c < c1; ++c)
+                        out[c * ldOut + r] = in[r * ldIn + c];
+            }
+        }
+    }
+}
+
+// A panel held as columns: element (r, c) of the panel at p[c * height + r], row r of the
+// panel being row k0 + r of the array.
+struct Panel {
+    const VectorPaths::Kernels& v;
+    double* p;
+    std::ptrdiff_t height, width, k0;
+    double tolerance;
+    std::ptrdiff_t* pivots;
+    bool& odd;
+
+    double* Column(std::ptrdiff_t c) const { return p + c * height; }
+
+    // Steps c0 .. c1 - 1, applied to the panel's columns c0 .. c1 - 1 (exchanges to all its
+    // columns). Returns the step that found no pivot, or c1.
+    std::ptrdiff_t Factor(std::ptrdiff_t c0, std::ptrdiff_t c1) {
+        if (c1 - c0 <= 8) return FactorSteps(c0, c1);
+        // Halves: the left one factored, its steps applied to the right one, then the
+        // right one factored. Each element still sees the steps in ascending order, so the
+        // halving changes no bit; it turns most of the work into a product of blocks.
+        const std::ptrdiff_t mid = c0 + (c1 - c0) / 2;
+        const std::ptrdiff_t stop = Factor(c0, mid);
+        if (stop < mid) return stop;
+        // Rows c0 .. mid - 1 of the right half: a(i, j) - a(i, k) * a(k, j) row by row.
+        for (std::ptrdiff_t j = mid; j < c1; ++j) {
+            double* column = Column(j);
+            for (std::ptrdiff_t k = c0; k + 1 < mid; ++k)
+                v.subtractScaled(column + k + 1, Column(k) + k + 1, column[k], mid - k - 1);
+        }
+        // Rows from mid on: the product of the multipliers and the finished rows, taken
+        // as transposes so that the panel's columns are the product's rows.
+        MultiplyInto(Update::Subtract, c1 - mid, height - mid, mid - c0, Column(mid) + c0, height,
+                     Column(c0) + mid, height, Column(mid) + mid, height, false);
+        return Factor(mid, c1);
+    }
+
+    std::ptrdiff_t FactorSteps(std::ptrdiff_t c0, std::ptrdiff_t c1) {
+        for (std::ptrdiff_t c = c0; c < c1; ++c) {
+            double* column = Column(c);
+            const std::ptrdiff_t below = height - c - 1;  // rows under the diagonal
+            // The pivot is the first row holding the largest magnitude. NaNs never take
+            // the place of another value; a NaN on the diagonal stays.
+            double largest = std::fabs(column[c]);
+            std::ptrdiff_t best = c;
+            if (!std::isnan(largest)) {
+                const double belowLargest = LargestMagnitude(column + c + 1, below);
+                if (belowLargest > largest) {
+                    largest = belowLargest;
+                    best = c + 1;
+                    while (!(std::fabs(column[best]) == largest))
+                        ++best;
+                }
+            }
+            if (!(largest > tolerance)) return c;
+            pivots[k0 + c] = k0 + best;
+            if (best != c) {
+                for (std::ptrdiff_t j = 0; j < width; ++j)
+                    std::swap(Column(j)[c], Column(j)[best]);
+                odd = !odd;
+            }
+            // The multipliers a(i, k) / a(k, k), then a(i, j) - a(k, j) * multiplier for
+            // the later columns of these steps: the operations of the row-wise step, one
+            // column at a time.
+            if (below > 0) {
+                v.divide(column + c + 1, column[c], below);
+                for (std::ptrdiff_t j = c + 1; j < c1; ++j)
+                    v.subtractScaled(Column(j) + c + 1, column + c + 1, Column(j)[c], below);
+            }
+        }
+        return c1;
+    }
+};
+
 }  // namespace
 
-bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda) {
-    // x * 0 is 0 for every finite x and NaN otherwise; a NaN survives the sum.
-    V2 acc = {0.0, 0.0};
-    const V2 zero = {0.0, 0.0};
-    double tail = 0.0;
-    for (std::ptrdiff_t i = 0; i < rows; ++i) {
-        const double* row = a + i * lda;
-        std::ptrdiff_t j = 0;
-        for (; j + 2 <= cols; j += 2)
-            acc = acc + Load(row + j) * zero;
-        for (; j < cols; ++j)
-            tail = tail + row[j] * 0.0;
-    }
-    return acc[0] == 0.0 && acc[1] == 0.0 && tail == 0.0;
+std::ptrdiff_t FactorPanel(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
+                           std::ptrdiff_t k1, double tolerance, std::ptrdiff_t* pivots, bool& odd) {
+    const std::ptrdiff_t width = k1 - k0, height = n - k0;
+    // The panel is worked on as columns: each step's search, division and updates then run
+    // down contiguous columns as long as the panel is high.
+    Scratch buffer(Scratch::Panel, std::size_t(width * height));
+    Panel panel{VectorPaths::Active(), buffer.Data(), height, width, k0, tolerance, pivots, odd};
+    Transpose(height, width, a + k0 * lda + k0, lda, panel.p, height);
+    const std::ptrdiff_t stop = k0 + panel.Factor(0, width);
+    Transpose(width, height, panel.p, height, a + k0 * lda + k0, lda);
+    return stop;
+}
+
+void ExchangeRows(double* a, std::ptrdiff_t lda, std::ptrdiff_t k0, std::ptrdiff_t k1,
+                  const std::ptrdiff_t* pivots, std::ptrdiff_t c0, std::ptrdiff_t c1) {
+    if (c1 <= c0) return;
+    for (std::ptrdiff_t k = k0; k < k1; ++k)
+        if (pivots[k] != k)
+            std::swap_ranges(a + k * lda + c0, a + k * lda + c1, a + pivots[k] * lda + c0);
 }
 
 }  // namespace Kernels

@@ -54,7 +54,7 @@ double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t co
 // the thread gets a buffer of its own for the time being.
 class Scratch {
 public:
-    enum Slot { PackedA, PackedB, Operand, Result, Slots };
+    enum Slot { PackedA, PackedB, Operand, Result, Panel, Slots };
     Scratch(Slot slot, std::size_t count);
     ~Scratch();
     Scratch(const Scratch&) = delete;
@@ -69,5 +69,32 @@ private:
 
 // Whether every element of the rows by cols block is finite.
 bool AllFinite(const double* a, std::ptrdiff_t rows, std::ptrdiff_t cols, std::ptrdiff_t lda);
+
+// x[j] = x[j] / d for j = 0 .. count - 1.
+void Divide(double* x, double d, std::ptrdiff_t count);
+
+// The largest |x[j]|, j = 0 .. count - 1; NaNs are left out, and -1 stands for no value.
+double LargestMagnitude(const double* x, std::ptrdiff_t count);
+
+// Steps k0 .. k1 - 1 of Gaussian elimination with partial pivoting of the n by n row-major
+// array a, confined to the panel of columns k0 .. k1 - 1: at step k the row i >= k holding
+// the largest |a(i, k)| (the first such row) is exchanged with row k within the panel, the
+// multipliers a(i, k) / a(k, k) replace a(i, k) for i > k, and the panel's later columns
+// get a(i, j) = a(i, j) - multiplier * a(k, j). pivots[k] receives the row exchanged with
+// row k, and each exchange of two different rows flips odd. The same exchanges in the
+// other columns are left to ExchangeRows, and the elimination of the columns from k1 on to
+// EliminateColumns. Stops at the first step whose largest candidate is not above
+// `tolerance` (or is NaN on the diagonal) and returns its index; otherwise k1.
+std::ptrdiff_t FactorPanel(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
+                           std::ptrdiff_t k1, double tolerance, std::ptrdiff_t* pivots, bool& odd);
+
+// Exchanges row k with row pivots[k] for k = k0 .. k1 - 1 in this order, in the columns
+// c0 .. c1 - 1 of the row-major array a.
+void ExchangeRows(double* a, std::ptrdiff_t lda, std::ptrdiff_t k0, std::ptrdiff_t k1,
+                  const std::ptrdiff_t* pivots, std::ptrdiff_t c0, std::ptrdiff_t c1);
+
+// EliminateColumns for the columns j0 .. j1 - 1 only, on the calling thread.
+void EliminateColumnRange(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::ptrdiff_t k0,
+                          std::ptrdiff_t kEnd, std::ptrdiff_t j0, std::ptrdiff_t j1);
 
 }  // namespace Kernels

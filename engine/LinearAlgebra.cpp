@@ -49,28 +49,25 @@ namespace {
 constexpr double kEpsilon = 0x1p-52;
 constexpr std::ptrdiff_t kExactLimit = 4096;  // entries tried by exact elimination
 constexpr std::ptrdiff_t kPanel = 48;         // steps per block of the blocked elimination
+constexpr std::ptrdiff_t kSolveBlock = 32;    // rows per block of the triangular solves
+// Floating-point operations of one block's elimination below which the workers are left out
+// of it: measured on two threads that share one core's arithmetic units, the panels of
+// matrices up to 1000 x 1000 ran no faster shared out.
+constexpr double kShareLimit = 1.0e8;
 
 [[noreturn]] void RaiseOverflow() {
     throw RuntimeError(RuntimeError::Overflow);
 }
 
-// A's block, rows by cols, as a contiguous row-major copy (bounds checked as described) in
-// the calling thread's operand buffer.
+// Room for A's block, rows by cols, as a contiguous row-major array in the calling thread's
+// operand buffer, once A is checked to hold it as described. ScaleRows fills it.
 struct Block {
     Kernels::Scratch buffer;
     double* data;
-    std::size_t size;
     Block(std::int16_t rows, std::int16_t cols, const Matrix& A)
         : buffer((Kernels::CheckTraversal(rows, cols, A), Kernels::Scratch::Operand),
                  std::size_t(rows) * std::size_t(cols)),
-          data(buffer.Data()),
-          size(std::size_t(rows) * std::size_t(cols)) {
-        for (std::int16_t i = 1; i <= rows; ++i)
-            std::memcpy(data + std::size_t(i - 1) * std::size_t(cols), A.RowData(i),
-                        sizeof(double) * std::size_t(cols));
-    }
-    double* begin() const { return data; }
-    double* end() const { return data + size; }
+          data(buffer.Data()) {}
 };
 
 // ---------------------------------------------------------------- exact path -------------
@@ -83,14 +80,17 @@ struct ExactReduction {
 // Fraction-free (Bareiss) elimination with row exchanges: every intermediate value is a
 // minor of A, and each division by the previous pivot is exact.
 std::optional<ExactReduction> ReduceIntegers(std::ptrdiff_t rows, std::ptrdiff_t cols,
-                                             const double* a) {
+                                             const Matrix& A) {
     using Int = __int128;
     if (rows * cols > kExactLimit) return std::nullopt;
     std::vector<Int> m(std::size_t(rows * cols));
-    for (std::ptrdiff_t i = 0; i < rows * cols; ++i) {
-        const double x = a[i];
-        if (!(std::fabs(x) <= 0x1p62) || x != std::trunc(x)) return std::nullopt;
-        m[std::size_t(i)] = static_cast<long long>(x);
+    for (std::ptrdiff_t i = 0; i < rows; ++i) {
+        const double* row = A.RowData(std::int16_t(i + 1));
+        for (std::ptrdiff_t j = 0; j < cols; ++j) {
+            const double x = row[j];
+            if (!(std::fabs(x) <= 0x1p62) || x != std::trunc(x)) return std::nullopt;
+            m[std::size_t(i * cols + j)] = static_cast<long long>(x);
+        }
     }
     auto at = [&](std::ptrdiff_t i, std::ptrdiff_t j) -> Int& {
         return m[std::size_t(i * cols + j)];
@@ -134,28 +134,28 @@ std::optional<ExactReduction> ReduceIntegers(std::ptrdiff_t rows, std::ptrdiff_t
 
 // ---------------------------------------------------------------- scaling ----------------
 
-// Scales each row of the rows by cols block by 2^-e(i) so that its largest magnitude lies
-// in [0.5, 1) (zero rows stay as they are); returns the exponents e(i). A non-finite entry
-// raises 6: nothing computed from it could pass inspection.
-std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a) {
-    if (!Kernels::AllFinite(a, rows, cols, cols)) RaiseOverflow();
+// Writes A's rows 1..rows, columns 1..cols into the row-major block a, each row scaled by
+// 2^-e(i) so that its largest magnitude lies in [0.5, 1) (zero rows stay as they are);
+// returns the exponents e(i). A non-finite entry raises 6: nothing computed from it could
+// pass inspection.
+std::vector<int> ScaleRows(std::ptrdiff_t rows, std::ptrdiff_t cols, const Matrix& A, double* a) {
+    for (std::ptrdiff_t i = 0; i < rows; ++i)
+        if (!Kernels::AllFinite(A.RowData(std::int16_t(i + 1)), 1, cols, cols)) RaiseOverflow();
     std::vector<int> exponents(std::size_t(rows), 0);
     for (std::ptrdiff_t i = 0; i < rows; ++i) {
+        const double* source = A.RowData(std::int16_t(i + 1));
         double* row = a + i * cols;
-        double largest = 0.0;
-        for (std::ptrdiff_t j = 0; j < cols; ++j)
-            largest = std::max(largest, std::fabs(row[j]));
-        if (largest == 0.0) continue;
-        const int e = std::ilogb(largest) + 1;
+        const double largest = Kernels::LargestMagnitude(source, cols);
+        const int e = largest == 0.0 ? 0 : std::ilogb(largest) + 1;
         exponents[std::size_t(i)] = e;
         // A power of two scales exactly; one multiplier per row where it is representable.
         if (e > -1000 && e < 1000) {
             const double factor = std::ldexp(1.0, -e);
             for (std::ptrdiff_t j = 0; j < cols; ++j)
-                row[j] = row[j] * factor;
+                row[j] = source[j] * factor;
         } else {
             for (std::ptrdiff_t j = 0; j < cols; ++j)
-                row[j] = std::ldexp(row[j], -e);
+                row[j] = std::ldexp(source[j], -e);
         }
     }
     return exponents;
@@ -174,29 +174,67 @@ double Threshold(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* a) {
 // Blocked LU with partial pivoting of the n by n row-major block a, in place. Stops at the
 // first step whose largest candidate pivot is at most `tolerance` and returns that step's
 // index; returns n when every step had a pivot. pivots[k] is the row exchanged with row k.
+//
+// Each block of steps is factored as a panel of columns; its multipliers then eliminate
+// the columns to its right. The next panel's columns are eliminated first and factored at
+// once, on the calling thread, while the workers eliminate the columns further right: the
+// factoring, which cannot be shared out, then waits for no one. The next panel's row
+// exchanges reach the other columns once both are done. Rows are exchanged whole, so the
+// order changes no bit, and each element sees the steps in ascending order whatever the
+// block width: the result is that of the plain elimination.
 std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
                                   std::vector<std::ptrdiff_t>& pivots, bool& odd) {
     pivots.assign(std::size_t(n), 0);
     odd = false;
-    // The steps inside a block cost about n * panel^2 / 2 in short row updates: a small
-    // matrix takes narrower blocks. The width changes no bit (see EliminateColumns).
-    const std::ptrdiff_t panel = std::clamp<std::ptrdiff_t>(n / 64 * 8, 8, kPanel);
-    for (std::ptrdiff_t k0 = 0; k0 < n; k0 += panel) {
-        const std::ptrdiff_t k1 = std::min(k0 + panel, n);
-        for (std::ptrdiff_t k = k0; k < k1; ++k) {
-            std::ptrdiff_t best = k;
-            double largest = std::fabs(a[k * n + k]);
-            for (std::ptrdiff_t i = k + 1; i < n; ++i)
-                if (std::fabs(a[i * n + k]) > largest) largest = std::fabs(a[i * n + k]), best = i;
-            if (!(largest > tolerance)) return k;
-            pivots[std::size_t(k)] = best;
-            if (best != k) {
-                std::swap_ranges(a + k * n, a + k * n + n, a + best * n);
-                odd = !odd;
+    // The steps inside a panel cost about n * width^2 in short column updates: a small
+    // matrix takes narrower panels.
+    const std::ptrdiff_t width = std::clamp<std::ptrdiff_t>(n / 64 * 8, 8, kPanel);
+    struct Block {
+        std::ptrdiff_t n, k0, k1, k2, chunk;
+        double* a;
+        double tolerance;
+        std::ptrdiff_t* pivots;
+        bool* odd;
+        std::ptrdiff_t stop;
+    } b{n, 0, std::min(width, n), 0, 0, a, tolerance, pivots.data(), &odd, 0};
+    b.stop = Kernels::FactorPanel(n, a, n, 0, b.k1, tolerance, b.pivots, odd);
+    if (b.stop < b.k1) return b.stop;
+    Kernels::ExchangeRows(a, n, 0, b.k1, b.pivots, b.k1, n);
+    while (b.k1 < n) {
+        b.k2 = std::min(b.k1 + width, n);
+        // Part 0 eliminates and factors the next panel; the other parts share the columns
+        // from k2 on, in chunks that the workers take as they come free. Unshared, the
+        // columns are eliminated in one go before the next panel is factored.
+        const double work = 2.0 * double(n - b.k1) * double(b.k1 - b.k0) * double(n - b.k1);
+        const std::ptrdiff_t rest = n - b.k2;
+        const std::ptrdiff_t chunks =
+            Parallel::Workers() < 2 || !Parallel::WorthSharing(work, kShareLimit) || rest == 0
+                ? 1
+                : std::clamp<std::ptrdiff_t>(rest / 64, 1, 4 * std::ptrdiff_t(Parallel::Workers()));
+        b.chunk = ((rest + chunks - 1) / chunks + 7) / 8 * 8;
+        auto part = [](void* context, std::ptrdiff_t index) {
+            Block& b = *static_cast<Block*>(context);
+            if (index == 0) {
+                Kernels::EliminateColumnRange(b.n, b.a, b.n, b.k0, b.k1, b.k1, b.k2);
+                b.stop =
+                    Kernels::FactorPanel(b.n, b.a, b.n, b.k1, b.k2, b.tolerance, b.pivots, *b.odd);
+                return;
             }
-            Kernels::EliminatePanelStep(n, a, n, k, k1);
+            const std::ptrdiff_t j0 = b.k2 + (index - 1) * b.chunk;
+            Kernels::EliminateColumnRange(b.n, b.a, b.n, b.k0, b.k1, j0,
+                                          std::min(j0 + b.chunk, b.n));
+        };
+        if (chunks > 1) {
+            Parallel::RunParts(1 + chunks, part, &b);
+        } else {
+            Kernels::EliminateColumnRange(n, a, n, b.k0, b.k1, b.k1, n);
+            b.stop = Kernels::FactorPanel(n, a, n, b.k1, b.k2, tolerance, b.pivots, odd);
         }
-        Kernels::EliminateColumns(n, a, n, k0, k1, k1);
+        if (b.stop < b.k2) return b.stop;
+        Kernels::ExchangeRows(a, n, b.k1, b.k2, b.pivots, 0, b.k1);
+        Kernels::ExchangeRows(a, n, b.k1, b.k2, b.pivots, b.k2, n);
+        b.k0 = b.k1;
+        b.k1 = b.k2;
     }
     return n;
 }
@@ -209,8 +247,8 @@ std::ptrdiff_t FactorPartialPivot(std::ptrdiff_t n, double* a, double tolerance,
 void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t c0,
                   std::ptrdiff_t c1) {
     const std::ptrdiff_t width = c1 - c0;
-    for (std::ptrdiff_t i0 = (c0 / kPanel) * kPanel; i0 < n; i0 += kPanel) {
-        const std::ptrdiff_t i1 = std::min(i0 + kPanel, n);
+    for (std::ptrdiff_t i0 = (c0 / kSolveBlock) * kSolveBlock; i0 < n; i0 += kSolveBlock) {
+        const std::ptrdiff_t i1 = std::min(i0 + kSolveBlock, n);
         if (i0 > c0)
             Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, i0 - c0,
                                   lu + i0 * n + c0, n, x + c0 * n + c0, n, x + i0 * n + c0, n,
@@ -221,17 +259,15 @@ void SolveColumns(std::ptrdiff_t n, const double* lu, double* x, std::ptrdiff_t 
                 Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
         }
     }
-    for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kPanel) {
-        const std::ptrdiff_t i0 = std::max<std::ptrdiff_t>(i1 - kPanel, 0);
+    for (std::ptrdiff_t i1 = n; i1 > 0; i1 -= kSolveBlock) {
+        const std::ptrdiff_t i0 = std::max<std::ptrdiff_t>(i1 - kSolveBlock, 0);
         Kernels::MultiplyInto(Kernels::Update::Subtract, i1 - i0, width, n - i1, lu + i0 * n + i1,
                               n, x + i1 * n + c0, n, x + i0 * n + c0, n, false);
         for (std::ptrdiff_t i = i1 - 1; i >= i0; --i) {
             double* row = x + i * n;
             for (std::ptrdiff_t k = i + 1; k < i1; ++k)
                 Kernels::SubtractScaled(row + c0, x + k * n + c0, lu[i * n + k], width);
-            const double pivot = lu[i * n + i];
-            for (std::ptrdiff_t j = c0; j < c1; ++j)
-                row[j] = row[j] / pivot;
+            Kernels::Divide(row + c0, lu[i * n + i], width);
         }
     }
 }
@@ -325,11 +361,13 @@ void MultiplyMatrices(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB
 double MatrixDeterminant(std::int16_t n, const Matrix& A) {
     if (n < 1) return 1.0;  // the empty product
     Block a(n, n, A);
-    if (auto exact = ReduceIntegers(n, n, a.data)) return exact->determinant;
+    if (auto exact = ReduceIntegers(n, n, A)) return exact->determinant;
     // The determinant of an integer matrix is an integer: below 1/2 in magnitude it is 0.
-    const bool integers =
-        std::all_of(a.begin(), a.end(), [](double x) { return x == std::trunc(x); });
-    const std::vector<int> exponents = ScaleRows(n, n, a.data);
+    bool integers = true;
+    for (std::int16_t i = 1; i <= n && integers; ++i)
+        integers = std::all_of(A.RowData(i), A.RowData(i) + n,
+                               [](double x) { return x == std::trunc(x); });
+    const std::vector<int> exponents = ScaleRows(n, n, A, a.data);
     std::vector<std::ptrdiff_t> pivots;
     bool odd;
     if (FactorPartialPivot(n, a.data, 0.0, pivots, odd) < n) return 0.0;
@@ -353,9 +391,9 @@ double MatrixDeterminant(std::int16_t n, const Matrix& A) {
 bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
     if (n < 1) return true;  // nothing to invert
     Block a(n, n, A);
-    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, a.data);
+    const std::optional<ExactReduction> exact = ReduceIntegers(n, n, A);
     if (exact && exact->rank < n) return false;
-    const std::vector<int> exponents = ScaleRows(n, n, a.data);
+    const std::vector<int> exponents = ScaleRows(n, n, A, a.data);
     // A matrix known to be invertible stops only at a pivot that is exactly zero.
     const double tolerance = exact ? 0.0 : Threshold(n, n, a.data);
     std::vector<std::ptrdiff_t> pivots;
@@ -384,7 +422,8 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
         std::vector<std::ptrdiff_t> bounds{0};
     } groups{n, a.data, x};
     const double work = 2.0 * double(n) * double(n) * double(n);
-    const std::ptrdiff_t count = work < 8.0e6 ? 1 : 4 * std::ptrdiff_t(Parallel::Workers());
+    const std::ptrdiff_t count =
+        Parallel::WorthSharing(work, kShareLimit) ? 4 * std::ptrdiff_t(Parallel::Workers()) : 1;
     const double nn = double(n) * double(n);
     double total = 0;
     for (std::ptrdiff_t c = 0; c < n; ++c)
@@ -413,21 +452,38 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
         const int e = exponents[std::size_t(j)];
         factors[std::size_t(j)] = e > -1000 && e < 1000 ? std::ldexp(1.0, -e) : 0.0;
     }
-    std::vector<double> row(static_cast<std::size_t>(n));
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
-        double* xi = x + i * n;
-        for (std::ptrdiff_t k = 0; k < n; ++k) {
-            const std::size_t j = std::size_t(order[std::size_t(k)]);
-            row[j] = factors[j] != 0.0 ? xi[k] * factors[j] : std::ldexp(xi[k], -exponents[j]);
+    std::vector<std::ptrdiff_t> source(static_cast<std::size_t>(n));
+    for (std::ptrdiff_t k = 0; k < n; ++k)
+        source[std::size_t(order[std::size_t(k)])] = k;
+    const bool normal =
+        std::all_of(factors.begin(), factors.end(), [](double f) { return f != 0.0; });
+    auto finishRow = [&](const double* xi, double* out) {
+        for (std::ptrdiff_t j = 0; j < n; ++j)
+            out[j] = xi[source[std::size_t(j)]];
+        if (normal) {
+            for (std::ptrdiff_t j = 0; j < n; ++j)
+                out[j] = out[j] * factors[std::size_t(j)];
+        } else {
+            for (std::ptrdiff_t j = 0; j < n; ++j)
+                out[j] = factors[std::size_t(j)] != 0.0
+                             ? out[j] * factors[std::size_t(j)]
+                             : std::ldexp(out[j], -exponents[std::size_t(j)]);
         }
-        std::copy(row.begin(), row.end(), xi);
-    }
-    if (!Kernels::AllFinite(x, n, n, n)) RaiseOverflow();
+    };
     if (Inv.Covers(n, n)) {
+        // Straight into Inv's rows; a non-finite value ends the program through error 6,
+        // so what those rows hold by then is never seen.
         for (std::int16_t i = 1; i <= n; ++i)
-            std::memcpy(Inv.RowData(i), x + std::size_t(i - 1) * std::size_t(n),
-                        sizeof(double) * std::size_t(n));
+            finishRow(x + std::size_t(i - 1) * std::size_t(n), Inv.RowData(i));
+        for (std::int16_t i = 1; i <= n; ++i)
+            if (!Kernels::AllFinite(Inv.RowData(i), 1, n, n)) RaiseOverflow();
     } else {
+        std::vector<double> row(static_cast<std::size_t>(n));
+        for (std::ptrdiff_t i = 0; i < n; ++i) {
+            finishRow(x + i * n, row.data());
+            std::copy(row.begin(), row.end(), x + i * n);
+        }
+        if (!Kernels::AllFinite(x, n, n, n)) RaiseOverflow();
         for (std::int16_t i = 1; i <= n; ++i)
             for (std::int16_t j = 1; j <= n; ++j)
                 Inv.At(i, j) = x[std::size_t(i - 1) * std::size_t(n) + std::size_t(j - 1)];
@@ -438,9 +494,8 @@ bool InvertMatrix(std::int16_t n, const Matrix& A, Matrix& Inv) {
 std::int16_t MatrixRank(std::int16_t rows, std::int16_t cols, const Matrix& A) {
     if (rows < 1 || cols < 1) return 0;
     Block a(rows, cols, A);
-    if (auto exact = ReduceIntegers(rows, cols, a.data))
-        return static_cast<std::int16_t>(exact->rank);
-    ScaleRows(rows, cols, a.data);
+    if (auto exact = ReduceIntegers(rows, cols, A)) return static_cast<std::int16_t>(exact->rank);
+    ScaleRows(rows, cols, A, a.data);
     const double tolerance = Threshold(rows, cols, a.data);
     return static_cast<std::int16_t>(CountPivots(rows, cols, a.data, tolerance));
 }

@@ -18,6 +18,14 @@ unsigned Workers();
 // are the same for every count; tests compare them.
 void LimitWorkers(unsigned count);
 
+// Whether a task of `operations` floating-point operations is worth sharing out, `least`
+// being the smallest task for which sharing pays. A task of no operations never is.
+bool WorthSharing(double operations, double least);
+
+// Shares out every task that has operations, however small; for tests, so that small
+// matrices take the paths that large ones take.
+void ShareEverything(bool on);
+
 // Runs task(context, part) for part = 0 .. parts - 1, part 0 on the calling thread and the
 // others on the waiting workers, and returns when all are done. A call made while the
 // workers are busy (from inside a task, or from a second thread) runs every part on the
@@ -38,7 +46,7 @@ void ForRange(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t grain, d
     grain = std::max<std::ptrdiff_t>(grain, 1);
     const std::ptrdiff_t units = (count + grain - 1) / grain;
     std::ptrdiff_t parts = std::min<std::ptrdiff_t>(Workers(), units);
-    if (work < 1.0e6) parts = 1;
+    if (!WorthSharing(work, 1.0e6)) parts = 1;
     if (parts <= 1) {
         body(first, last);
         return;

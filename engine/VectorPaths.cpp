@@ -109,6 +109,68 @@ template <class V, class I>
     return best;
 }
 
+template <class V, class I>
+[[gnu::always_inline]] inline double LargestBody(const double* x, std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
+    const I magnitudeBits = I{} + 0x7FFFFFFFFFFFFFFFLL;
+    // Two running maxima, so that consecutive comparisons do not wait for each other.
+    V largest0 = V{} - 1.0, largest1 = V{} - 1.0;
+    std::ptrdiff_t j = 0;
+    for (; j + 2 * W <= count; j += 2 * W) {
+        V v0, v1;
+        std::memcpy(&v0, x + j, sizeof(V));
+        std::memcpy(&v1, x + j + W, sizeof(V));
+        const V m0 = (V)((I)v0 & magnitudeBits), m1 = (V)((I)v1 & magnitudeBits);
+        largest0 = m0 > largest0 ? m0 : largest0;
+        largest1 = m1 > largest1 ? m1 : largest1;
+    }
+    largest0 = largest1 > largest0 ? largest1 : largest0;
+    double best = -1.0;
+    for (std::ptrdiff_t lane = 0; lane < W; ++lane)
+        if (largest0[lane] > best) best = largest0[lane];
+    for (; j < count; ++j) {
+        const double magnitude = __builtin_fabs(x[j]);
+        if (magnitude > best) best = magnitude;
+    }
+    return best;
+}
+
+template <class V>
+[[gnu::always_inline]] inline void DivideBody(double* x, double d, std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
+    std::ptrdiff_t j = 0;
+    for (; j + W <= count; j += W) {
+        V v;
+        std::memcpy(&v, x + j, sizeof(V));
+        v = v / d;
+        std::memcpy(x + j, &v, sizeof(V));
+    }
+    for (; j < count; ++j)
+        x[j] = x[j] / d;
+}
+
+// x * 0 is 0 for every finite x and NaN otherwise; a NaN survives the sums.
+template <class V>
+[[gnu::always_inline]] inline bool FiniteBody(const double* x, std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
+    V sum0 = V{}, sum1 = V{};
+    std::ptrdiff_t j = 0;
+    for (; j + 2 * W <= count; j += 2 * W) {
+        V v0, v1;
+        std::memcpy(&v0, x + j, sizeof(V));
+        std::memcpy(&v1, x + j + W, sizeof(V));
+        sum0 = sum0 + v0 * 0.0;
+        sum1 = sum1 + v1 * 0.0;
+    }
+    sum0 = sum0 + sum1;
+    double tail = 0.0;
+    for (std::ptrdiff_t lane = 0; lane < W; ++lane)
+        tail = tail + sum0[lane];
+    for (; j < count; ++j)
+        tail = tail + x[j] * 0.0;
+    return tail == 0.0;
+}
+
 // ---- SSE2: 4 x 4 tiles --------------------------------------------------------------------
 
 void TileSse2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
@@ -127,6 +189,15 @@ void RowSse2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
 }
 double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
     return RowMaxBody<V2, I2>(y, x, s, count);
+}
+double LargestSse2(const double* x, std::ptrdiff_t count) {
+    return LargestBody<V2, I2>(x, count);
+}
+void DivideSse2(double* x, double d, std::ptrdiff_t count) {
+    DivideBody<V2>(x, d, count);
+}
+bool FiniteSse2(const double* x, std::ptrdiff_t count) {
+    return FiniteBody<V2>(x, count);
 }
 
 // ---- AVX2: 6 x 8 tiles (12 accumulators of 16 registers) -------------------------------
@@ -149,6 +220,15 @@ KELVARA_AVX2 void RowAvx2Add(double* y, const double* x, double s, std::ptrdiff_
 KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
     return RowMaxBody<V4, I4>(y, x, s, count);
 }
+KELVARA_AVX2 double LargestAvx2(const double* x, std::ptrdiff_t count) {
+    return LargestBody<V4, I4>(x, count);
+}
+KELVARA_AVX2 void DivideAvx2(double* x, double d, std::ptrdiff_t count) {
+    DivideBody<V4>(x, d, count);
+}
+KELVARA_AVX2 bool FiniteAvx2(const double* x, std::ptrdiff_t count) {
+    return FiniteBody<V4>(x, count);
+}
 
 // ---- AVX-512: 8 x 16 tiles (16 accumulators of 32 registers) ---------------------------
 
@@ -170,14 +250,33 @@ KELVARA_AVX512 void RowAvx512Add(double* y, const double* x, double s, std::ptrd
 KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count) {
     return RowMaxBody<V8, I8>(y, x, s, count);
 }
+KELVARA_AVX512 double LargestAvx512(const double* x, std::ptrdiff_t count) {
+    return LargestBody<V8, I8>(x, count);
+}
+KELVARA_AVX512 void DivideAvx512(double* x, double d, std::ptrdiff_t count) {
+    DivideBody<V8>(x, d, count);
+}
+KELVARA_AVX512 bool FiniteAvx512(const double* x, std::ptrdiff_t count) {
+    return FiniteBody<V8>(x, count);
+}
 
-constexpr Kernels kSse2{Path::Sse2,      4,          4,         TileSse2Add, TileSse2Subtract,
-                        RowSse2Subtract, RowSse2Add, RowSse2Max};
-constexpr Kernels kAvx2{Path::Avx2,      6,          8,         TileAvx2Add, TileAvx2Subtract,
-                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max};
-constexpr Kernels kAvx512{
-    Path::Avx512, 8,           16, TileAvx512Add, TileAvx512Subtract, RowAvx512Subtract,
-    RowAvx512Add, RowAvx512Max};
+constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileSse2Add, TileSse2Subtract,
+                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2, DivideSse2,
+                        FiniteSse2};
+constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileAvx2Add, TileAvx2Subtract,
+                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2, DivideAvx2,
+                        FiniteAvx2};
+constexpr Kernels kAvx512{Path::Avx512,
+                          8,
+                          16,
+                          TileAvx512Add,
+                          TileAvx512Subtract,
+                          RowAvx512Subtract,
+                          RowAvx512Add,
+                          RowAvx512Max,
+                          LargestAvx512,
+                          DivideAvx512,
+                          FiniteAvx512};
 
 const Kernels& For(Path path) {
     switch (path) {

@@ -16,6 +16,9 @@ using TileFunction = void (*)(std::ptrdiff_t kc, const double* ap, const double*
                               std::ptrdiff_t ldc);
 using RowFunction = void (*)(double* y, const double* x, double s, std::ptrdiff_t count);
 using RowMaxFunction = double (*)(double* y, const double* x, double s, std::ptrdiff_t count);
+using LargestFunction = double (*)(const double* x, std::ptrdiff_t count);
+using DivideFunction = void (*)(double* x, double d, std::ptrdiff_t count);
+using FiniteFunction = bool (*)(const double* x, std::ptrdiff_t count);
 
 struct Kernels {
     Path path;
@@ -28,6 +31,12 @@ struct Kernels {
     RowFunction subtractScaled, addScaled;
     // subtractScaled, answering the largest |y[j]| afterwards (NaNs left out; -1 if none).
     RowMaxFunction subtractScaledMax;
+    // The largest |x[j]| for j = 0 .. count - 1 (NaNs left out; -1 if none).
+    LargestFunction largestMagnitude;
+    // x[j] = x[j] / d for j = 0 .. count - 1.
+    DivideFunction divide;
+    // Whether every x[j], j = 0 .. count - 1, is finite.
+    FiniteFunction allFinite;
 };
 
 // The kernels in use: the widest path of this processor unless a test chose another.

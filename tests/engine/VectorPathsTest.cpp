@@ -1,5 +1,6 @@
 // Every vector path this processor runs (SSE2, AVX2, AVX-512), on one worker and on all,
-// gives the bits of the SSE2 path on one worker, for every routine built on the kernels.
+// with the work shared out as for large matrices or not, gives the bits of the SSE2 path on
+// one worker, for every routine built on the kernels.
 
 #include <bit>
 #include <string>
@@ -14,7 +15,7 @@ namespace {
 using namespace MatrixModule;
 
 // Everything the dense routines produce for one set of operands. Sizes leave partial
-// register tiles on every path and are large enough for the work to be shared.
+// register tiles on every path.
 struct Results {
     Matrix product, inverse, l, u, r, q;
     double determinant = 0;
@@ -46,6 +47,7 @@ Results ComputeAll() {
 struct Setting {
     VectorPaths::Path path;
     unsigned workers;  // 0: all the machine has
+    bool shareEverything;
     std::string name;
 };
 
@@ -54,6 +56,7 @@ protected:
     void TearDown() override {
         VectorPaths::Use(VectorPaths::Supported().back());
         Parallel::LimitWorkers(0);
+        Parallel::ShareEverything(false);
     }
 };
 
@@ -67,6 +70,7 @@ TEST_P(SameBitsOnEveryPath, AsTheBaselineOnOneWorker) {
     const Results baseline = ComputeAll();
     VectorPaths::Use(setting.path);
     Parallel::LimitWorkers(setting.workers);
+    Parallel::ShareEverything(setting.shareEverything);
     ASSERT_EQ(VectorPaths::Active().path, setting.path);
     const Results other = ComputeAll();
     EXPECT_TRUE(SameBits(other.product, baseline.product));
@@ -81,11 +85,13 @@ TEST_P(SameBitsOnEveryPath, AsTheBaselineOnOneWorker) {
 
 using VectorPaths::Path;
 INSTANTIATE_TEST_SUITE_P(Paths, SameBitsOnEveryPath,
-                         ::testing::Values(Setting{Path::Sse2, 0, "SSE2_AllWorkers"},
-                                           Setting{Path::Avx2, 1, "AVX2_OneWorker"},
-                                           Setting{Path::Avx2, 0, "AVX2_AllWorkers"},
-                                           Setting{Path::Avx512, 1, "AVX512_OneWorker"},
-                                           Setting{Path::Avx512, 0, "AVX512_AllWorkers"}),
+                         ::testing::Values(Setting{Path::Sse2, 0, false, "SSE2_AllWorkers"},
+                                           Setting{Path::Sse2, 0, true, "SSE2_AllShared"},
+                                           Setting{Path::Avx2, 1, false, "AVX2_OneWorker"},
+                                           Setting{Path::Avx2, 0, true, "AVX2_AllShared"},
+                                           Setting{Path::Avx512, 1, false, "AVX512_OneWorker"},
+                                           Setting{Path::Avx512, 0, false, "AVX512_AllWorkers"},
+                                           Setting{Path::Avx512, 0, true, "AVX512_AllShared"}),
                          [](const auto& info) { return info.param.name; });
 
 }  // namespace
