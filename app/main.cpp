@@ -7,6 +7,7 @@
 #include "Latin1Selection.h"
 #include "QtPlatform.h"
 #include "RuntimeError.h"
+#include "WorkingMemory.h"
 #include "frmMatrix.h"
 
 namespace {
@@ -42,6 +43,10 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Before the application object and its threads: the heap keeps what a computation
+    // frees for the next one, and the first computation finds memory that large pages can
+    // back, instead of faulting in tens of megabytes 4 KB at a time.
+    WorkingMemory::Prepare();
     QtPlatform platform;
     KelvaraApplication app(argc, argv, platform);
     QApplication::setApplicationName(QStringLiteral("Kelvara"));
