@@ -300,13 +300,13 @@ private:
         cairo_set_source(cr_, GridLines(lastRow - firstRow + 1, firstCol, right));
         cairo_paint(cr_);
 
-        // The plain texts of the whole page go to cairo as one run of glyphs: cairo's cost is
-        // as much per call as per glyph.
+        // The plain texts of a row go to cairo as one run of glyphs. (A run for a whole page
+        // costs more: cairo then maps and unmaps memory for every page.)
         cairo_set_source_rgb(cr_, 0, 0, 0);
-        run_.clear();
         for (int r = firstRow; r <= lastRow; ++r) {
             const double baseline =
                 top + (r - firstRow) * rowHeight_ + (rowHeight_ - ascent_ - descent_) / 2 + ascent_;
+            run_.clear();
             for (int c = firstCol; c <= lastCol; ++c) {
                 const std::string_view text = table_.text(r, c);
                 if (text.empty()) continue;
@@ -324,10 +324,10 @@ private:
                     CellNumber(text, separator_) ? left + padding_ + room - fast : left + padding_,
                     baseline);
             }
-        }
-        if (!run_.empty()) {
-            cairo_set_scaled_font(cr_, scaledFont_);
-            cairo_show_glyphs(cr_, run_.data(), int(run_.size()));
+            if (!run_.empty()) {
+                cairo_set_scaled_font(cr_, scaledFont_);
+                cairo_show_glyphs(cr_, run_.data(), int(run_.size()));
+            }
         }
     }
 
