@@ -11,12 +11,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
+#include <algorithm>
 #include <csignal>
 #include <iterator>
 #include <optional>
@@ -230,6 +232,63 @@ TEST_F(Export, PdfShowsTheCellTextsOnAsManyPagesAsTheyNeed) {
     for (const auto& row : table)
         for (const std::string& cell : row)
             ASSERT_TRUE(words.count(cell)) << cell;
+}
+
+// The grid lines that poppler draws on a page: lines as long as at least half the longest
+// one, counted across and down (a line a pixel or two thick counts once).
+std::pair<int, int> GridLines(const QImage& page) {
+    auto count = [&](int lines, int length, auto dark) {
+        std::vector<int> longest(std::size_t(lines), 0);
+        for (int i = 0; i < lines; ++i)
+            for (int j = 0, run = 0; j < length; ++j)
+                longest[std::size_t(i)] =
+                    std::max(longest[std::size_t(i)], run = dark(i, j) ? run + 1 : 0);
+        const int threshold = *std::max_element(longest.begin(), longest.end()) / 2;
+        int found = 0;
+        for (int i = 0; i < lines; ++i)
+            found += longest[std::size_t(i)] >= threshold &&
+                     (i == 0 || longest[std::size_t(i) - 1] < threshold);
+        return found;
+    };
+    auto dark = [&](int x, int y) { return qGray(page.pixel(x, y)) < 240; };
+    return {count(page.height(), page.width(), [&](int y, int x) { return dark(x, y); }),
+            count(page.width(), page.height(), dark)};
+}
+
+// Pages of different shapes (a last page with fewer rows, bands with fewer or wider columns)
+// each get a grid of their own rows and columns, as their captions name them.
+TEST_F(Export, PdfPagesHaveTheGridOfTheirOwnRowsAndColumns) {
+    Table table(45, std::vector<std::string>(9));
+    for (std::size_t r = 0; r < table.size(); ++r)
+        for (std::size_t c = 0; c < table[r].size(); ++c)
+            table[r][c] = std::to_string(r) + std::string(4 + 6 * c, '7');
+    Fill(grid_, table);
+    const QString path = Exported(GridExport::ExportPdf, "shapes.pdf");
+    const auto pdf = PdfText(path);
+    ASSERT_TRUE(pdf.has_value());
+    QProcess render;
+    render.start(QStringLiteral("pdftoppm"), {QStringLiteral("-r"), QStringLiteral("100"),
+                                              QStringLiteral("-gray"), path, Path("page")});
+    ASSERT_TRUE(render.waitForFinished(120000) && render.exitCode() == 0);
+    const QStringList pages = QDir(dir_.path()).entryList({QStringLiteral("page-*.pgm")});
+    ASSERT_EQ(pages.size(), pdf->second);
+    ASSERT_GE(pages.size(), 4);
+
+    const QRegularExpression caption(
+        QStringLiteral("Rows (\\d+)\u2013(\\d+), columns (\\d+)\u2013(\\d+)"));
+    QRegularExpressionMatchIterator captions =
+        caption.globalMatch(QString::fromStdString(pdf->first));
+    std::set<std::pair<int, int>> shapes;
+    for (const QString& page : pages) {
+        ASSERT_TRUE(captions.hasNext()) << page.toStdString();
+        const QRegularExpressionMatch names = captions.next();
+        const int rows = names.captured(2).toInt() - names.captured(1).toInt() + 1;
+        const int cols = names.captured(4).toInt() - names.captured(3).toInt() + 1;
+        shapes.emplace(rows, cols);
+        EXPECT_EQ(GridLines(QImage(dir_.filePath(page))), std::pair(rows + 1, cols + 1))
+            << page.toStdString() << ": " << names.captured(0).toStdString();
+    }
+    EXPECT_GE(shapes.size(), 4u);
 }
 
 // Texts in other scripts, and a text too wide for a page, keep their characters; every font
