@@ -29,9 +29,15 @@ read -r -t 20 -u "$fd" number || fail "Xvfb did not start"
 export DISPLAY=":$number"
 
 # The id of the first visible window whose title is exactly $1, waiting up to 20 s.
+# A search can end with an X error when some other window closes while it walks the window
+# tree, so it is asked again until the deadline rather than trusted once.
 window() {
-    local id
-    id=$(timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | head -1) ||
+    local id="" deadline=$((SECONDS + 20))
+    while [ -z "$id" ] && [ "$SECONDS" -lt "$deadline" ]; do
+        id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -1)
+        [ -n "$id" ] || sleep 0.05
+    done
+    [ -n "$id" ] ||
         fail "no window \"$1\" (program running: $(kill -0 "$app" 2>/dev/null && echo yes || echo no))"
     echo "$id"
 }
