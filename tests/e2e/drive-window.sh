@@ -28,16 +28,17 @@ xvfb=$!
 read -r -t 20 -u "$fd" number || fail "Xvfb did not start"
 export DISPLAY=":$number"
 
-# The id of the first visible window whose title is exactly $1, waiting up to 20 s.
+# The id of the first visible window whose title is exactly $1, waiting up to 20 s; with a
+# shorter wait $2 (seconds) given, an empty answer instead of failing.
 # A search can end with an X error when some other window closes while it walks the window
 # tree, so it is asked again until the deadline rather than trusted once.
 window() {
-    local id="" deadline=$((SECONDS + 20))
+    local id="" deadline=$((SECONDS + ${2:-20}))
     while [ -z "$id" ] && [ "$SECONDS" -lt "$deadline" ]; do
         id=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -1)
         [ -n "$id" ] || sleep 0.05
     done
-    [ -n "$id" ] ||
+    [ -n "$id" ] || [ "${2:-20}" != 20 ] ||
         fail "no window \"$1\" (program running: $(kill -0 "$app" 2>/dev/null && echo yes || echo no))"
     echo "$id"
 }
@@ -95,10 +96,17 @@ export_csv() {
     click_in "$export" 20 70  # CSV, the fourth of five
     local dialog note
     dialog=$(window "Export CSV file")
-    xdotool windowfocus --sync "$dialog"
-    xdotool type --delay 5 "$1"
-    xdotool key Return
-    note=$(window Note)
+    # Under load the name can be typed before the dialog's name field takes the keys: the
+    # dialog then stays open, and the name is typed again over whatever the field holds.
+    for attempt in 1 2 3; do
+        xdotool windowfocus --sync "$dialog"
+        xdotool key ctrl+a
+        xdotool type --delay 5 "$1"
+        xdotool key Return
+        note=$(window Note 8)
+        [ -n "$note" ] && break
+    done
+    [ -n "$note" ] || note=$(window Note)
     xdotool windowfocus --sync "$note"
     xdotool key Return
     [ -f "$1" ] || fail "no file $1 written"
