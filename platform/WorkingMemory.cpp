@@ -1,7 +1,9 @@
 #include "WorkingMemory.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <thread>
 
 // A sanitizer brings an allocator of its own, which these settings do not reach.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -34,6 +36,14 @@ constexpr std::size_t kKeptFree = 384 * kMegabyte;
 // The range at the heap's top that may be backed by large pages.
 constexpr std::size_t kPrepared = 256 * kMegabyte;
 constexpr std::size_t kLargePage = 2 * kMegabyte;
+constexpr std::size_t kSmallPage = 4096;
+// The part of the prepared range put in hand at start-up: about what the first computation
+// on 1000 x 1000 matrices and its result sheet write.
+constexpr std::size_t kInHand = 128 * kMegabyte;
+
+#ifndef MADV_POPULATE_WRITE
+#define MADV_POPULATE_WRITE 23  // Linux 5.14; older systems answer EINVAL and nothing happens
+#endif
 
 std::size_t prepared = 0;
 
@@ -46,6 +56,10 @@ void Prepare() {
     done = true;
     mallopt(M_MMAP_THRESHOLD, int(kOwnMapping));
     mallopt(M_TRIM_THRESHOLD, int(kKeptFree));
+    // Every thread allocates from the one heap, so the computation's helper threads find
+    // their buffers among the pages made ready below rather than in fresh arenas of their
+    // own. They allocate once per computation at most, so they hardly ever wait for it.
+    mallopt(M_ARENA_MAX, 1);
 
     // Grow the heap by the prepared range in one step (no separate mapping for this one
     // block), mark its large-page-aligned interior, and give it back to the heap, which
@@ -57,9 +71,25 @@ void Prepare() {
     const auto start = reinterpret_cast<std::uintptr_t>(block);
     const std::uintptr_t first = (start + kLargePage - 1) & ~std::uintptr_t(kLargePage - 1);
     const std::uintptr_t last = (start + kPrepared) & ~std::uintptr_t(kLargePage - 1);
-    if (last > first && madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE) == 0)
+    if (last <= first) {
+        std::free(block);
+        return;
+    }
+    if (madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE) == 0)
         prepared = last - first;
     std::free(block);
+
+    // Fresh memory is dear on a virtual machine: a page the host has not backed yet costs
+    // it a fault of its own, and 128 MB then take anything from 10 to 400 ms to come in.
+    // A thread of its own has the system back the range's first part while the window
+    // starts and the user types, so the first computation finds its pages as the later
+    // ones do. This writes nothing: the heap's free top stays as it is and may be handed
+    // out meanwhile; should the heap shrink below the range, the call merely fails.
+    const std::uintptr_t from = (start + kSmallPage - 1) & ~std::uintptr_t(kSmallPage - 1);
+    const std::size_t inHand = std::min(kInHand, last - from);
+    std::thread([from, inHand] {
+        madvise(reinterpret_cast<void*>(from), inHand, MADV_POPULATE_WRITE);
+    }).detach();
 #endif
 }
 

@@ -10,9 +10,11 @@
 namespace WorkingMemory {
 
 // Keeps freed memory for the next computation instead of returning it, and prepares an address
-// range at the heap's top that the system may back with large pages, so that the first
-// computation's fresh memory costs a fault per large page rather than one per 4 KB. Nothing is
-// touched: the range costs no memory until it is used. Call once, first thing in main().
+// range at the heap's top that the system may back with large pages, so that fresh memory
+// costs a fault per large page rather than one per 4 KB. A background thread then has the
+// system back the range's first 128 MB, so the first computation does not wait for fresh
+// pages either; the process holds that much memory from start-up on. Call once, first thing
+// in main(), before any other thread exists.
 void Prepare();
 
 // Bytes of the heap's top range prepared for large pages (0 where the allocator or the
