@@ -44,8 +44,8 @@ private:
 
 int main(int argc, char** argv) {
     // Before the application object and its threads: the heap keeps what a computation
-    // frees for the next one, and the first computation finds memory that large pages can
-    // back, instead of faulting in tens of megabytes 4 KB at a time.
+    // frees for the next one, and the first computation finds its memory already in hand,
+    // instead of faulting in tens of megabytes 4 KB at a time.
     WorkingMemory::Prepare();
     QtPlatform platform;
     KelvaraApplication app(argc, argv, platform);
