@@ -12,6 +12,7 @@
 #include "Exporters.h"
 #include "GridModel.h"
 #include "NumberText.h"
+#include "WorkingMemory.h"
 
 namespace {
 
@@ -64,6 +65,7 @@ EXPORT_BENCHMARK(ExportXml, "sheet.xml");
 EXPORT_BENCHMARK(ExportPdf, "sheet.pdf");
 
 int main(int argc, char** argv) {
+    WorkingMemory::Prepare();  // as kelvara's main() does
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);  // the PDF export needs fonts
     benchmark::Initialize(&argc, argv);

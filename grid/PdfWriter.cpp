@@ -20,9 +20,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <condition_variable>
+#include <exception>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -62,6 +67,123 @@ cairo_status_t WriteBytes(void* closure, const unsigned char* data, unsigned int
                                                               : CAIRO_STATUS_WRITE_ERROR;
 }
 
+// The rows and columns one page holds.
+struct Page {
+    int firstRow, lastRow, firstCol, lastCol;
+};
+
+// A text that needs Pango: shaped, in a font other than DejaVu Sans, or too wide for its cell.
+struct ShapedText {
+    double x, baseline;
+    std::string_view text;
+    double room;
+};
+
+// What a page's cells show: the plain texts as one run of glyphs, and the shaped ones.
+struct PageText {
+    std::vector<cairo_glyph_t> glyphs;
+    std::vector<ShapedText> shaped;
+};
+
+// Works out the pages' texts, in order, on a thread of its own a few pages ahead of the
+// drawing: cairo's work on a page takes most of the time, on the calling thread, and the
+// lookups, measuring and placing of a page's texts run beside it.
+class PageQueue {
+public:
+    using Fill = std::function<void(const Page&, PageText&)>;
+
+    PageQueue(const std::vector<Page>& pages, Fill fill) : pages_(pages), fill_(std::move(fill)) {
+        try {
+            thread_ = std::thread([this] { Work(); });
+        } catch (const std::system_error&) {
+            // No thread to be had: each page is worked out when it is asked for.
+        }
+    }
+
+    ~PageQueue() {
+        if (!thread_.joinable()) return;
+        {
+            std::lock_guard lock(mutex_);
+            stop_ = true;
+        }
+        changed_.notify_all();
+        thread_.join();
+    }
+
+    // The next page's text, once it is worked out. Rethrows what stopped the work.
+    const PageText& Next() {
+        if (!thread_.joinable()) {
+            PageText& slot = slots_[0];
+            slot.glyphs.clear();
+            slot.shaped.clear();
+            fill_(pages_[taken_], slot);
+            return slot;
+        }
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return filled_ > taken_ || failure_; });
+        if (filled_ == taken_) std::rethrow_exception(failure_);
+        return slots_[taken_ % kAhead];
+    }
+
+    // The page from Next() is drawn: its slot may take a later page.
+    void Done() {
+        bool wake;
+        {
+            std::lock_guard lock(mutex_);
+            ++taken_;
+            wake = waiting_ && filled_ - taken_ <= kAhead / 2;
+        }
+        if (wake) changed_.notify_all();
+    }
+
+private:
+    static constexpr std::size_t kAhead = 8;
+
+    void Work() {
+        try {
+            for (std::size_t page = 0; page < pages_.size(); ++page) {
+                {
+                    // Sleeps until half the slots are free, to be woken once per few pages.
+                    std::unique_lock lock(mutex_);
+                    if (page - taken_ == kAhead) {
+                        waiting_ = true;
+                        changed_.wait(lock, [&] { return stop_ || page - taken_ <= kAhead / 2; });
+                        waiting_ = false;
+                    }
+                    if (stop_) return;
+                }
+                PageText& slot = slots_[page % kAhead];
+                slot.glyphs.clear();
+                slot.shaped.clear();
+                fill_(pages_[page], slot);
+                {
+                    std::lock_guard lock(mutex_);
+                    ++filled_;
+                }
+                changed_.notify_all();
+            }
+        } catch (...) {
+            {
+                std::lock_guard lock(mutex_);
+                failure_ = std::current_exception();
+            }
+            changed_.notify_all();
+        }
+    }
+
+    const std::vector<Page>& pages_;
+    Fill fill_;
+    std::array<PageText, kAhead> slots_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::size_t filled_ = 0;  // pages worked out so far
+    std::size_t taken_ = 0;   // pages drawn so far
+    bool waiting_ = false;    // the worker sleeps for free slots
+    bool stop_ = false;
+    std::exception_ptr failure_;
+    std::thread thread_;
+};
+
 class Writer {
 public:
     Writer(const Table& table, char separator, cairo_t* cr)
@@ -83,18 +205,26 @@ public:
             bands.emplace_back(first, last);
             first = last + 1;
         }
-        bool any = false;
+        std::vector<Page> pages;
         for (const auto& [firstCol, lastCol] : bands) {
             for (int firstRow = 0; firstRow < table_.rows; firstRow += rowsPerPage) {
                 const int lastRow = std::min(table_.rows, firstRow + rowsPerPage) - 1;
-                DrawPage(firstRow, lastRow, firstCol, lastCol);
-                cairo_show_page(cr_);
-                any = true;
-                if (cairo_status(cr_) != CAIRO_STATUS_SUCCESS) return false;
+                pages.push_back(Page{firstRow, lastRow, firstCol, lastCol});
             }
         }
-        if (!any) cairo_show_page(cr_);  // an empty table: one empty page
-        return cairo_status(cr_) == CAIRO_STATUS_SUCCESS;
+        if (pages.empty()) {  // an empty table: one empty page
+            cairo_show_page(cr_);
+            return cairo_status(cr_) == CAIRO_STATUS_SUCCESS;
+        }
+        PageQueue queue(pages,
+                        [this](const Page& page, PageText& text) { PlaceTexts(page, text); });
+        for (const Page& page : pages) {
+            DrawPage(page, queue.Next());
+            queue.Done();
+            cairo_show_page(cr_);
+            if (cairo_status(cr_) != CAIRO_STATUS_SUCCESS) return false;
+        }
+        return true;
     }
 
 private:
@@ -258,11 +388,12 @@ private:
 
     // Adds the glyphs of a text that FastWidth could measure to the run, from x on; answers
     // where the text ends.
-    double AppendGlyphs(std::string_view text, double x, double baseline) {
+    double AppendGlyphs(std::vector<cairo_glyph_t>& run, std::string_view text, double x,
+                        double baseline) const {
         for (const char ch : text) {
             const auto code = static_cast<unsigned char>(ch);
             // A space is left as a gap, which is how PDF readers find word breaks.
-            if (code != ' ') run_.push_back(cairo_glyph_t{glyphs_[code], x, baseline});
+            if (code != ' ') run.push_back(cairo_glyph_t{glyphs_[code], x, baseline});
             x += advances_[code];
         }
         return x;
@@ -271,68 +402,82 @@ private:
     // The line above the table that names the rows and columns of the page. It is drawn
     // from the glyph table like the cells: laying it out anew on each of thousands of pages
     // would cost more than all the grid lines.
-    void ShowCaption(int firstRow, int lastRow, int firstCol, int lastCol) {
-        const std::string from = "Rows " + std::to_string(firstRow + 1);
+    void ShowCaption(const Page& page) {
+        const std::string from = "Rows " + std::to_string(page.firstRow + 1);
         const std::string to =
-            std::to_string(lastRow + 1) + ", columns " + std::to_string(firstCol + 1);
-        const std::string end = std::to_string(lastCol + 1);
+            std::to_string(page.lastRow + 1) + ", columns " + std::to_string(page.firstCol + 1);
+        const std::string end = std::to_string(page.lastCol + 1);
         if (dash_ == 0 || FastWidth(from) < 0 || FastWidth(to) < 0 || FastWidth(end) < 0) {
             ShowLayout(0, ascent_, from + kDash + to + kDash + end, -1);
             return;
         }
         run_.clear();
-        double x = AppendGlyphs(from, 0, ascent_);
+        double x = AppendGlyphs(run_, from, 0, ascent_);
         run_.push_back(cairo_glyph_t{dash_, x, ascent_});
-        x = AppendGlyphs(to, x + dashAdvance_, ascent_);
+        x = AppendGlyphs(run_, to, x + dashAdvance_, ascent_);
         run_.push_back(cairo_glyph_t{dash_, x, ascent_});
-        AppendGlyphs(end, x + dashAdvance_, ascent_);
+        AppendGlyphs(run_, end, x + dashAdvance_, ascent_);
         cairo_set_scaled_font(cr_, scaledFont_);
         cairo_show_glyphs(cr_, run_.data(), int(run_.size()));
     }
 
-    void DrawPage(int firstRow, int lastRow, int firstCol, int lastCol) {
-        const double top = captionHeight_;
-        double right = 0;
-        lefts_.clear();
-        for (int c = firstCol; c <= lastCol; ++c) {
-            lefts_.push_back(right);
+    // Where each column of the band from `firstCol` on starts, and where the band ends.
+    void ColumnLefts(const Page& page, std::vector<double>& lefts, double& right) const {
+        right = 0;
+        lefts.clear();
+        for (int c = page.firstCol; c <= page.lastCol; ++c) {
+            lefts.push_back(right);
             right += widths_[std::size_t(c)];
         }
+    }
 
-        cairo_set_source_rgb(cr_, 96 / 255.0, 96 / 255.0, 96 / 255.0);
-        ShowCaption(firstRow, lastRow, firstCol, lastCol);
-
-        cairo_set_source(cr_, GridLines(lastRow - firstRow + 1, firstCol, right));
-        cairo_paint(cr_);
-
-        // The plain texts of a row go to cairo as one run of glyphs. (A run for a whole page
-        // costs more: cairo then maps and unmaps memory for every page.)
-        cairo_set_source_rgb(cr_, 0, 0, 0);
-        for (int r = firstRow; r <= lastRow; ++r) {
-            const double baseline =
-                top + (r - firstRow) * rowHeight_ + (rowHeight_ - ascent_ - descent_) / 2 + ascent_;
-            run_.clear();
-            for (int c = firstCol; c <= lastCol; ++c) {
+    // Places the page's texts; runs on the page queue's thread, so it only reads the table
+    // and the measurements made before the pages began.
+    void PlaceTexts(const Page& page, PageText& out) const {
+        thread_local std::vector<double> lefts;
+        double right;
+        ColumnLefts(page, lefts, right);
+        for (int r = page.firstRow; r <= page.lastRow; ++r) {
+            const double baseline = captionHeight_ + (r - page.firstRow) * rowHeight_ +
+                                    (rowHeight_ - ascent_ - descent_) / 2 + ascent_;
+            for (int c = page.firstCol; c <= page.lastCol; ++c) {
                 const std::string_view text = table_.text(r, c);
                 if (text.empty()) continue;
-                const double left = lefts_[std::size_t(c - firstCol)];
+                const double left = lefts[std::size_t(c - page.firstCol)];
                 const double room = widths_[std::size_t(c)] - 2 * padding_;
                 const double fast = FastWidth(text);
                 if (fast < 0 || fast > room) {
                     // Shaped text; a text wider than a whole page is cut short.
-                    ShowLayout(left + padding_, baseline, text, room);
+                    out.shaped.push_back(ShapedText{left + padding_, baseline, text, room});
                     continue;
                 }
                 // Numbers are right-aligned, other texts left-aligned, as in a spreadsheet.
                 AppendGlyphs(
-                    text,
+                    out.glyphs, text,
                     CellNumber(text, separator_) ? left + padding_ + room - fast : left + padding_,
                     baseline);
             }
-            if (!run_.empty()) {
-                cairo_set_scaled_font(cr_, scaledFont_);
-                cairo_show_glyphs(cr_, run_.data(), int(run_.size()));
-            }
+        }
+    }
+
+    void DrawPage(const Page& page, const PageText& text) {
+        double right;
+        ColumnLefts(page, lefts_, right);
+
+        cairo_set_source_rgb(cr_, 96 / 255.0, 96 / 255.0, 96 / 255.0);
+        ShowCaption(page);
+
+        cairo_set_source(cr_, GridLines(page.lastRow - page.firstRow + 1, page.firstCol, right));
+        cairo_paint(cr_);
+
+        // The plain texts of the page go to cairo as one run of glyphs: cairo's work per run
+        // is the larger part for a row of numbers.
+        cairo_set_source_rgb(cr_, 0, 0, 0);
+        for (const ShapedText& shaped : text.shaped)
+            ShowLayout(shaped.x, shaped.baseline, shaped.text, shaped.room);
+        if (!text.glyphs.empty()) {
+            cairo_set_scaled_font(cr_, scaledFont_);
+            cairo_show_glyphs(cr_, text.glyphs.data(), int(text.glyphs.size()));
         }
     }
 
@@ -349,7 +494,7 @@ private:
     double dashAdvance_ = 0;
     std::vector<double> widths_;
     std::vector<double> lefts_;
-    std::vector<cairo_glyph_t> run_;
+    std::vector<cairo_glyph_t> run_;  // the caption's glyphs
     std::map<std::pair<int, int>, Owned<cairo_pattern_t, cairo_pattern_destroy>> gridLines_;
     double width_ = 0, height_ = 0;
     double ascent_ = 0, descent_ = 0;

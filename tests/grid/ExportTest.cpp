@@ -218,20 +218,35 @@ TEST_F(Export, PdfShowsTheCellTextsOnAsManyPagesAsTheyNeed) {
     EXPECT_EQ(pdf->first.find("Head"), std::string::npos);  // headings are not exported
     EXPECT_EQ(pdf->second, 1);
 
-    // More rows and columns than a page holds: every text still appears, on several pages.
-    Table table(120, std::vector<std::string>(30));
+    // More rows and columns than a page holds: every page holds exactly the texts of the
+    // rows and columns its caption names, and together the pages hold every text.
+    Table table(250, std::vector<std::string>(30));
     for (std::size_t r = 0; r < table.size(); ++r)
         for (std::size_t c = 0; c < table[r].size(); ++c)
             table[r][c] = std::to_string(r * 1000 + c) + ".25";
     Fill(grid_, table);
     pdf = PdfText(Exported(GridExport::ExportPdf, "big.pdf"));
     ASSERT_TRUE(pdf.has_value());
-    EXPECT_GE(pdf->second, 6);
-    std::istringstream stream(pdf->first);
-    const std::set<std::string> words{std::istream_iterator<std::string>(stream), {}};
-    for (const auto& row : table)
-        for (const std::string& cell : row)
-            ASSERT_TRUE(words.count(cell)) << cell;
+    EXPECT_GE(pdf->second, 12);
+    std::set<std::string> seen;
+    std::istringstream pages(pdf->first);
+    for (std::string page; std::getline(pages, page, '\f') && !page.empty();) {
+        const std::size_t dash = page.find("–"), comma = page.find(", columns ");
+        ASSERT_TRUE(page.starts_with("Rows ") && dash < comma) << page.substr(0, 60);
+        const std::size_t firstRow = std::stoul(page.substr(5)) - 1;
+        const std::size_t lastRow = std::stoul(page.substr(dash + 3)) - 1;
+        const std::size_t firstCol = std::stoul(page.substr(comma + 10)) - 1;
+        const std::size_t lastCol = std::stoul(page.substr(page.find("–", comma) + 3)) - 1;
+        std::set<std::string> expected;
+        for (std::size_t r = firstRow; r <= lastRow; ++r)
+            for (std::size_t c = firstCol; c <= lastCol; ++c)
+                expected.insert(table[r][c]);
+        std::istringstream words(page.substr(page.find('\n')));
+        const std::set<std::string> shown{std::istream_iterator<std::string>(words), {}};
+        EXPECT_EQ(shown, expected) << page.substr(0, page.find('\n'));
+        seen.insert(shown.begin(), shown.end());
+    }
+    EXPECT_EQ(seen.size(), table.size() * table[0].size());
 }
 
 // The grid lines that poppler draws on a page: lines as long as at least half the longest
