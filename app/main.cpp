@@ -5,6 +5,7 @@
 #include <new>
 
 #include "Latin1Selection.h"
+#include "MemoryCheck.h"
 #include "QtPlatform.h"
 #include "RuntimeError.h"
 #include "WorkingMemory.h"
@@ -47,6 +48,9 @@ int main(int argc, char** argv) {
     // frees for the next one, and the first computation finds its memory already in hand,
     // instead of faulting in tens of megabytes 4 KB at a time.
     WorkingMemory::Prepare();
+    // What the heap keeps is given back before a large request would be refused for want
+    // of memory.
+    MemoryCheck::SetRelease(WorkingMemory::Release);
     QtPlatform platform;
     KelvaraApplication app(argc, argv, platform);
     QApplication::setApplicationName(QStringLiteral("Kelvara"));

@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t kUnknown = std::numeric_limits<std::size_t>::max();
 
+void (*releaseKept)() = nullptr;
+
 std::string ReadFile(const std::string& path) {
     std::ifstream file(path);
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
@@ -69,12 +71,27 @@ std::size_t AvailableBytes() {
     return system < group ? system : group;
 }
 
-void Require(std::size_t bytes) {
-    if (bytes < kCheckedSize) return;
+namespace {
+
+bool Fits(std::size_t bytes) {
     const std::size_t available = AvailableBytes();
-    if (available == kUnknown) return;
-    if (available < kHeadroom || bytes > available - kHeadroom)
-        throw RuntimeError(RuntimeError::OutOfMemory);
+    return available == kUnknown || (available >= kHeadroom && bytes <= available - kHeadroom);
+}
+
+}  // namespace
+
+void Require(std::size_t bytes) {
+    if (bytes < kCheckedSize || Fits(bytes)) return;
+    // The system does not count what the process keeps for later: give that back first.
+    if (releaseKept != nullptr) {
+        releaseKept();
+        if (Fits(bytes)) return;
+    }
+    throw RuntimeError(RuntimeError::OutOfMemory);
+}
+
+void SetRelease(void (*release)()) {
+    releaseKept = release;
 }
 
 }  // namespace MemoryCheck

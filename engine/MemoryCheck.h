@@ -33,8 +33,13 @@ std::size_t FromCgroup(std::string_view max, std::string_view current);
 // What the machine can still give this process: the smaller of the two above.
 std::size_t AvailableBytes();
 
-// Raises run-time error 7 when `bytes` more, and the headroom, cannot be provided.
-// Requests below kCheckedSize pass unchecked.
+// Raises run-time error 7 when `bytes` more, and the headroom, cannot be provided, even
+// after the memory the process keeps for later use has been handed back. Requests below
+// kCheckedSize pass unchecked.
 void Require(std::size_t bytes);
+
+// How the process hands back memory it keeps without using it (freed memory its heap holds
+// on to for the next computation). Set once at start-up; by default there is none.
+void SetRelease(void (*release)());
 
 }  // namespace MemoryCheck

@@ -93,6 +93,12 @@ void Prepare() {
 #endif
 }
 
+void Release() {
+#ifdef KELVARA_GLIBC_HEAP
+    malloc_trim(0);
+#endif
+}
+
 std::size_t PreparedBytes() {
     return prepared;
 }

@@ -17,6 +17,9 @@ namespace WorkingMemory {
 // in main(), before any other thread exists.
 void Prepare();
 
+// Hands the free memory the heap keeps back to the system, for when the machine runs short.
+void Release();
+
 // Bytes of the heap's top range prepared for large pages (0 where the allocator or the
 // system offers none, e.g. under a sanitizer's allocator).
 std::size_t PreparedBytes();

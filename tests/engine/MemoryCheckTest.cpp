@@ -52,4 +52,29 @@ TEST(MemoryCheck, MatrixBeyondTheMachineRaises7) {
         std::filesystem::remove(dir / name);
 }
 
+// Memory the process keeps for later is handed back before a request is refused: the
+// request is weighed again against what the system reports after that.
+TEST(MemoryCheck, KeptMemoryIsGivenBackBeforeRefusing) {
+    static const auto report = std::filesystem::temp_directory_path() / "kelvara-meminfo-kept";
+    static int releases;
+    std::ofstream(report) << "MemAvailable: 100000 kB\nSwapFree: 0 kB\n";
+    const MemoryCheck::Sources saved = MemoryCheck::CurrentSources();
+    MemoryCheck::CurrentSources() = {report.string(), "", ""};
+    releases = 0;
+    MemoryCheck::SetRelease([] {
+        ++releases;
+        std::ofstream(report) << "MemAvailable: 300000 kB\nSwapFree: 0 kB\n";
+    });
+    Matrix m;
+    m.Resize(200, 200);  // small requests are not weighed
+    EXPECT_EQ(releases, 0);
+    m.Resize(5000, 3000);  // 120 MB: fits once the kept memory is back
+    EXPECT_EQ(releases, 1);
+    ExpectRuntimeError(7, [&] { m.Resize(10000, 4000); });  // 320 MB fits in no case
+    EXPECT_EQ(releases, 2);
+    MemoryCheck::SetRelease(nullptr);
+    MemoryCheck::CurrentSources() = saved;
+    std::filesystem::remove(report);
+}
+
 }  // namespace

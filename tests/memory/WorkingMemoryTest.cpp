@@ -65,6 +65,13 @@ long Write(std::vector<std::unique_ptr<char[]>>& blocks) {
     return ThreadPageFaults() - before;
 }
 
+// The process's resident memory, from /proc/self/statm (counted in pages).
+std::size_t ResidentBytes() {
+    std::size_t size = 0, resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * std::size_t(sysconf(_SC_PAGESIZE));
+}
+
 // Whether every page of the blocks is backed by memory.
 bool Resident(const std::vector<std::unique_ptr<char[]>>& blocks) {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
@@ -108,6 +115,12 @@ TEST(WorkingMemoryTest, ComputationsFindTheirPagesInHandInLargePageRange) {
         helperFaults = Write(blocks);
     }).join();
     EXPECT_LT(helperFaults, 8);
+    blocks.clear();
+
+    // When the machine runs short, what the heap keeps goes back to the system.
+    const std::size_t kept = ResidentBytes();
+    WorkingMemory::Release();
+    EXPECT_LT(ResidentBytes() + (64u << 20), kept);
 }
 
 }  // namespace
