@@ -71,14 +71,11 @@ std::size_t AvailableBytes() {
     return system < group ? system : group;
 }
 
-namespace {
-
-bool Fits(std::size_t bytes) {
+// Whether `bytes` more, and the headroom, fit in what the machine reports.
+static bool Fits(std::size_t bytes) {
     const std::size_t available = AvailableBytes();
     return available == kUnknown || (available >= kHeadroom && bytes <= available - kHeadroom);
 }
-
-}  // namespace
 
 void Require(std::size_t bytes) {
     if (bytes < kCheckedSize || Fits(bytes)) return;

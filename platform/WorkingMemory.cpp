@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <system_error>
 #include <thread>
 
 // A sanitizer brings an allocator of its own, which these settings do not reach.
@@ -87,9 +88,13 @@ void Prepare() {
     // out meanwhile; should the heap shrink below the range, the call merely fails.
     const std::uintptr_t from = (start + kSmallPage - 1) & ~std::uintptr_t(kSmallPage - 1);
     const std::size_t inHand = std::min(kInHand, last - from);
-    std::thread([from, inHand] {
-        madvise(reinterpret_cast<void*>(from), inHand, MADV_POPULATE_WRITE);
-    }).detach();
+    try {
+        std::thread([from, inHand] {
+            madvise(reinterpret_cast<void*>(from), inHand, MADV_POPULATE_WRITE);
+        }).detach();
+    } catch (const std::system_error&) {
+        // No thread to be had: the pages then come in as they are first used.
+    }
 #endif
 }
 
