@@ -10,10 +10,11 @@
 #include <memory>
 #include <string>
 
-#include "ClipboardFormats.h"
+#include "DelimitedText.h"
 #include "GridModel.h"
 #include "GridSelection.h"
 #include "GridWidget.h"
+#include "PlainText.h"
 
 namespace {
 
@@ -85,7 +86,7 @@ void BM_ParseTsv(benchmark::State& state) {
     PutBlockOnClipboard();
     const std::string text = QGuiApplication::clipboard()->text().toStdString();
     for (auto _ : state)
-        benchmark::DoNotOptimize(ClipboardFormats::ParseTsv(text));
+        benchmark::DoNotOptimize(TableText::ParseTsv(text));
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
@@ -95,7 +96,7 @@ void BM_ParsePlainTextTsv(benchmark::State& state) {
     PutBlockOnClipboard();
     const std::string text = QGuiApplication::clipboard()->text().toStdString();
     for (auto _ : state)
-        benchmark::DoNotOptimize(ClipboardFormats::ParsePlainText(text));
+        benchmark::DoNotOptimize(TableText::ParsePlainText(text));
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
@@ -105,7 +106,7 @@ void BM_ParsePlainTextBlankColumns(benchmark::State& state) {
     for (char& c : text)
         if (c == '\t') c = ' ';
     for (auto _ : state)
-        benchmark::DoNotOptimize(ClipboardFormats::ParsePlainText(text));
+        benchmark::DoNotOptimize(TableText::ParsePlainText(text));
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 

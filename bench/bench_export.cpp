@@ -9,9 +9,9 @@
 #include <QTemporaryDir>
 #include <memory>
 
-#include "Exporters.h"
 #include "GridModel.h"
 #include "NumberText.h"
+#include "ResultExport.h"
 #include "WorkingMemory.h"
 
 namespace {
@@ -38,13 +38,13 @@ const GridModel& Sheet() {
     return *sheet;
 }
 
-void RunExport(benchmark::State& state, bool (*export_)(const GridModel&, const QString&),
-               const char* name) {
+void RunExport(benchmark::State& state, Export::Format format, const char* name) {
     const GridModel& sheet = Sheet();
     QTemporaryDir dir;
     const QString path = dir.filePath(QString::fromLatin1(name));
     for (auto _ : state) {
-        if (!export_(sheet, path)) state.SkipWithError("export failed");
+        if (!ResultExport::WriteFile(sheet, format, '.', path))
+            state.SkipWithError("export failed");
     }
     state.counters["MB"] = static_cast<double>(QFileInfo(path).size()) / 1e6;
     state.counters["cells"] = static_cast<double>(kRows) * kCols;
@@ -52,17 +52,17 @@ void RunExport(benchmark::State& state, bool (*export_)(const GridModel&, const 
 
 }  // namespace
 
-#define EXPORT_BENCHMARK(Function, file)              \
-    void BM_##Function(benchmark::State& state) {     \
-        RunExport(state, GridExport::Function, file); \
+#define EXPORT_BENCHMARK(Name, Kind, file)            \
+    void BM_##Name(benchmark::State& state) {         \
+        RunExport(state, Export::Format::Kind, file); \
     }                                                 \
-    BENCHMARK(BM_##Function)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime()
+    BENCHMARK(BM_##Name)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime()
 
-EXPORT_BENCHMARK(ExportExcel, "sheet.xls");
-EXPORT_BENCHMARK(ExportHtml, "sheet.htm");
-EXPORT_BENCHMARK(ExportCsv, "sheet.csv");
-EXPORT_BENCHMARK(ExportXml, "sheet.xml");
-EXPORT_BENCHMARK(ExportPdf, "sheet.pdf");
+EXPORT_BENCHMARK(ExportExcel, Workbook, "sheet.xls");
+EXPORT_BENCHMARK(ExportHtml, WebPage, "sheet.htm");
+EXPORT_BENCHMARK(ExportCsv, Csv, "sheet.csv");
+EXPORT_BENCHMARK(ExportXml, Xml, "sheet.xml");
+EXPORT_BENCHMARK(ExportPdf, Pdf, "sheet.pdf");
 
 int main(int argc, char** argv) {
     WorkingMemory::Prepare();  // as kelvara's main() does

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "CellNumber.h"
+#include "NumberShape.h"
 #include "NumericValue.h"
 #include "RuntimeError.h"
 

@@ -16,10 +16,12 @@
 #include <string_view>
 
 #include "ClipboardFormats.h"
+#include "DelimitedText.h"
 
 namespace {
 
 using namespace ClipboardFormats;
+using namespace TableText;
 
 // Whether `part` is the top-left corner of `whole` within `bound`.
 bool IsCorner(const TextTable& part, const TextTable& whole, TableBound bound) {

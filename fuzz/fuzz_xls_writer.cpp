@@ -5,20 +5,20 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <QString>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 
-#include "CellNumber.h"
-#include "ClipboardFormats.h"
+#include "DelimitedText.h"
+#include "NumberShape.h"
+#include "Utf8.h"
 #include "XlsWriter.h"
 
 namespace {
 
-class TableSource : public Xls::CellSource {
+class TableSource : public Export::CellSource {
 public:
     explicit TableSource(const TextTable& table) : table_(table) {}
     int Rows() const override { return table_.Rows(); }
@@ -32,8 +32,11 @@ private:
 // Texts that freexl hands back as they were: valid UTF-8 without NUL characters.
 bool Comparable(std::string_view text) {
     if (text.find('\0') != std::string_view::npos) return false;
-    const QByteArray bytes(text.data(), qsizetype(text.size()));
-    return QString::fromUtf8(bytes).toUtf8() == bytes;
+    for (std::size_t at = 0, length = 0; at < text.size(); at += length) {
+        if (Utf8::Decode(text, at, length) == 0xFFFD && text.substr(at, 3) != "\xEF\xBF\xBD")
+            return false;
+    }
+    return true;
 }
 
 void Check(const TextTable& table, const char* path) {
@@ -70,7 +73,7 @@ void Check(const TextTable& table, const char* path) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
-    const TextTable table = ClipboardFormats::ParseTsv(input, {300, 40});
+    const TextTable table = TableText::ParseTsv(input, {300, 40});
     const int fd = memfd_create("workbook", 0);
     if (fd < 0) return 0;
     const bool written = Xls::WriteWorkbook(TableSource(table), [&](std::string_view part) {

@@ -1,16 +1,12 @@
 #pragma once
-// The texts that travel over the clipboard as a table, and the formats they travel in:
-// tab-separated text with spreadsheet quoting, an HTML table, comma-separated values and a
-// bracketed matrix such as [1 2; 3 4]. Pure functions, independent of any clipboard; each
-// format family lives in its own file, and this one chooses among them.
+// The clipboard's side of a table of texts: the MIME types a table travels in, and the
+// conversion between clipboard contents and a table. The text formats themselves (TSV, CSV,
+// HTML, printed matrices) are read and written by the table-text readers.
 
 #include <QByteArray>
 #include <QString>
 #include <string_view>
 
-#include "BracketMatrix.h"
-#include "DelimitedText.h"
-#include "HtmlTable.h"
 #include "TextTable.h"
 
 class QMimeData;
@@ -23,10 +19,6 @@ inline constexpr const char* kHtml = "text/html";
 inline constexpr const char* kPlainText = "text/plain";
 inline constexpr const char* kUtf8Text = "text/plain;charset=utf-8";
 
-// Plain text as the user may have copied it from anywhere: a matrix as programs print it
-// and people write it (MatrixText), a bracketed matrix, CSV when it clearly is (no tabs,
-// the same number of fields on every line), else TSV.
-TextTable ParsePlainText(std::string_view text, TableBound bound = {});
 // Text that may arrive as UTF-16 (with or without a byte order mark) or UTF-8.
 QString DecodeText(const QByteArray& bytes);
 

@@ -14,9 +14,9 @@
 #include <QUndoStack>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <functional>
 #include <map>
 
-#include "Exporters.h"
 #include "GridEditCommands.h"
 
 namespace {
@@ -258,11 +258,10 @@ struct GridWidget::Parts {
     GridView* view = nullptr;
     GridHeader* columnHeadings = nullptr;  // the view's horizontal header shows row 0
     GridHeader* rowHeadings = nullptr;     // the view's vertical header shows column 0
-    DestinationAsker asker;
-    std::map<int, int> rowHeights;  // data rows whose height differs from the default
-    bool followingScroll = false;   // the model's top row is being set from the view
-    bool topRowPending = false;     // the model's top row still has to reach the view
-    bool syncingSizes = false;      // sizes are flowing from the model to the view
+    std::map<int, int> rowHeights;         // data rows whose height differs from the default
+    bool followingScroll = false;          // the model's top row is being set from the view
+    bool topRowPending = false;            // the model's top row still has to reach the view
+    bool syncingSizes = false;             // sizes are flowing from the model to the view
 
     void ReportPress(QWidget* source, QMouseEvent* event);
     bool HandleKey(QKeyEvent* event);
@@ -273,8 +272,6 @@ struct GridWidget::Parts {
     void SyncRowHeights(int firstViewRow, int lastViewRow);
     void ApplyTopRow();
     void FollowScroll();
-    bool AskAndExport(const QString& path, const QString& filter, const QString& title,
-                      bool (*exporter)(const GridModel&, const QString&));
 };
 
 // Positions are reported from the top-left corner of the heading areas, so that a press on
@@ -384,19 +381,6 @@ void GridWidget::Parts::FollowScroll() {
     followingScroll = true;
     model.SetTopRow(first + 1);
     followingScroll = false;
-}
-
-bool GridWidget::Parts::AskAndExport(const QString& path, const QString& filter,
-                                     const QString& title,
-                                     bool (*exporter)(const GridModel&, const QString&)) {
-    view->CommitEdit();
-    QString destination = path;
-    if (destination.isEmpty()) {
-        if (!asker) return false;
-        destination = asker(filter, title, QString());
-        if (destination.isEmpty()) return false;
-    }
-    return exporter(model, destination);
 }
 
 GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(new Parts) {
@@ -551,33 +535,4 @@ GridSelection GridWidget::Selection() {
         selection->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
         selection->select(QItemSelection(first, last), QItemSelectionModel::ClearAndSelect);
     });
-}
-
-bool GridWidget::ExportExcel(const QString& path, bool, bool) {
-    CommitEdit();
-    return GridExport::ExportExcel(p_->model, path);
-}
-
-bool GridWidget::ExportHtml(const QString& path) {
-    CommitEdit();
-    return GridExport::ExportHtml(p_->model, path);
-}
-
-bool GridWidget::ExportPdf(const QString& path) {
-    return p_->AskAndExport(path, QStringLiteral("PDF file (*.pdf)|*.pdf"),
-                            QStringLiteral("Export PDF file"), &GridExport::ExportPdf);
-}
-
-bool GridWidget::ExportCsv(const QString& path) {
-    return p_->AskAndExport(path, QStringLiteral("CSV file (*.csv)|*.csv"),
-                            QStringLiteral("Export CSV file"), &GridExport::ExportCsv);
-}
-
-bool GridWidget::ExportXml(const QString& path) {
-    return p_->AskAndExport(path, QStringLiteral("XML file (*.xml)|*.xml"),
-                            QStringLiteral("Export XML file"), &GridExport::ExportXml);
-}
-
-void GridWidget::SetDestinationAsker(DestinationAsker asker) {
-    p_->asker = std::move(asker);
 }

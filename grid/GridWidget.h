@@ -1,12 +1,11 @@
 #pragma once
 // The cell grid as the user sees it: a spreadsheet-like view over a GridModel. Row 0 and
 // column 0 of the model are its fixed headings; their size is Column(0).Width and
-// RowHeight(0). It offers the selection with the clipboard, the five file exports, and the
-// mouse-button event on which the window opens its context menu.
+// RowHeight(0). It offers the selection with the clipboard, and the mouse-button event on
+// which the window opens its context menu.
 
 #include <QString>
 #include <QWidget>
-#include <functional>
 
 #include "GridModel.h"
 #include "GridSelection.h"
@@ -53,21 +52,6 @@ public:
 
     // The currently selected cells, as a fresh object for one edit operation.
     GridSelection Selection();
-
-    // The five exports. Each writes the used range (headings excluded) and answers whether
-    // the whole file was written. The PDF, CSV and XML exports, given an empty path, ask
-    // for a destination through the destination asker and answer false when none is given.
-    bool ExportExcel(const QString& path, bool option1, bool option2);
-    bool ExportHtml(const QString& path);
-    bool ExportPdf(const QString& path);
-    bool ExportCsv(const QString& path);
-    bool ExportXml(const QString& path);
-
-    // How the grid asks for a file name: (filter "desc|*.ext", title, initial name) -> path
-    // or "" when cancelled. The window hands in the platform's save dialog.
-    using DestinationAsker = std::function<QString(const QString& filter, const QString& title,
-                                                   const QString& initialName)>;
-    void SetDestinationAsker(DestinationAsker asker);
 
     // The grid's own undo history of edits (typing, cut, paste, delete).
     QUndoStack& UndoStack();

@@ -35,6 +35,9 @@ public:
     // The folder holding the running program, without a trailing separator (except at
     // the root of a file system).
     virtual QString ProgramFolder() = 0;
+    // The decimal separator of the user's regional settings: "," where it is a comma,
+    // otherwise ".". Numbers are written with it and read with it as well as with ".".
+    virtual char DecimalSeparator() = 0;
     // Shows a context menu at the mouse pointer and returns when it closes.
     virtual void PopupMenu(QMenu& menu) = 0;
     // Shows a dialog modally and returns when it closes.

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLocale>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeDatabase>
@@ -183,6 +184,10 @@ bool QtPlatform::ShellOpen(QWidget* /*owner*/, const QString& target) {
 
 QString QtPlatform::ProgramFolder() {
     return QCoreApplication::applicationDirPath();
+}
+
+char QtPlatform::DecimalSeparator() {
+    return QLocale::system().decimalPoint() == QStringLiteral(",") ? ',' : '.';
 }
 
 void QtPlatform::PopupMenu(QMenu& menu) {

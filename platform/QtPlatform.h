@@ -12,6 +12,7 @@ public:
     bool FileExists(const QString& path) override;
     bool ShellOpen(QWidget* owner, const QString& target) override;
     QString ProgramFolder() override;
+    char DecimalSeparator() override;
     void PopupMenu(QMenu& menu) override;
     void ShowModal(QDialog& dialog) override;
     void EndOnRuntimeError(int number, const QString& description) override;

@@ -48,6 +48,10 @@ QString RecordingPlatform::ProgramFolder() {
     return programFolder;
 }
 
+char RecordingPlatform::DecimalSeparator() {
+    return decimalSeparator;
+}
+
 void RecordingPlatform::PopupMenu(QMenu& menu) {
     calls_.push_back({QStringLiteral("PopupMenu"), {menu.objectName()}});
     if (onPopup) onPopup(menu);

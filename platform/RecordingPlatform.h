@@ -24,6 +24,7 @@ public:
     bool FileExists(const QString& path) override;
     bool ShellOpen(QWidget* owner, const QString& target) override;
     QString ProgramFolder() override;
+    char DecimalSeparator() override;
     void PopupMenu(QMenu& menu) override;
     void ShowModal(QDialog& dialog) override;
     void EndOnRuntimeError(int number, const QString& description) override;
@@ -42,6 +43,7 @@ public:
     QStringList existingFiles;
     std::function<bool(const QString&)> existsTest;
     QString programFolder = QStringLiteral("/opt/kelvara");
+    char decimalSeparator = '.';
     // What ShellOpen answers: whether the desktop had a program for the target.
     bool shellOpens = true;
     // What happens while a menu or dialog is "shown" (for instance, choosing an item).

@@ -10,10 +10,10 @@
 #include <QDir>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QLocale>
 #include <QMenu>
 #include <QRadioButton>
 #include <QSignalBlocker>
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 
@@ -26,6 +26,7 @@
 #include "MatrixModule.h"
 #include "NumericValue.h"
 #include "OperandEntries.h"
+#include "ResultExport.h"
 
 namespace {
 
@@ -48,14 +49,6 @@ const char* const TypedText = "typedText";
 constexpr int DataColumnWidth = 60;
 // Heading cells carry this display code.
 constexpr int HeadingFormat = 10;
-
-// The decimal separator of the user's regional settings, when it is one plain character.
-char DecimalSeparator() {
-    const QString point = QLocale::system().decimalPoint();
-    if (point.size() == 1 && point[0].unicode() > 32 && point[0].unicode() < 127)
-        return static_cast<char>(point[0].unicode());
-    return '.';
-}
 
 double ValueOf(const QString& text) {
     const QByteArray utf8 = text.toUtf8();
@@ -125,7 +118,7 @@ int ShiftState(Qt::KeyboardModifiers modifiers) {
 frmMatrix::frmMatrix(Platform& platform, QWidget* parent)
     : QMainWindow(parent), platform_(platform) {
     SetupForm();
-    sheet_ = std::make_unique<ResultSheet>(Grid3->Model(), operands_, DecimalSeparator());
+    sheet_ = std::make_unique<ResultSheet>(Grid3->Model(), operands_, platform_.DecimalSeparator());
     ConnectHandlers();
 
     Guarded([this] { Form_Load(); });
@@ -202,12 +195,6 @@ void frmMatrix::ConnectHandlers() {
     mouse(Grid1, &frmMatrix::Grid1_MouseDown);
     mouse(Grid2, &frmMatrix::Grid2_MouseDown);
     mouse(Grid3, &frmMatrix::Grid3_MouseDown);
-
-    // The PDF, CSV and XML exports ask for their destination with the desktop's dialog.
-    Grid3->SetDestinationAsker(
-        [this](const QString& filter, const QString& title, const QString& initialName) {
-            return platform_.SaveFileName(filter, title, initialName);
-        });
 }
 
 // The two option buttons are one stop of the keyboard: Tab and Shift+Tab reach the
@@ -627,54 +614,78 @@ void frmMatrix::mnuG3EDel_Click() {
 
 // ---- Exports --------------------------------------------------------------------------
 
+namespace {
+
+// The five commands of File > Export Results, in menu order: the format, its save dialog's
+// filter and title, and whether it asks through the window's own dialog.
+struct ExportCommand {
+    Export::Format format;
+    const char* filter;
+    const char* title;
+    bool windowDialog;
+};
+constexpr ExportCommand ExportCommands[] = {
+    {Export::Format::Workbook, "Excel WorkBook (*.xls)|*.xls", "Export Excel file", true},
+    {Export::Format::WebPage, "Hypertext file(*.htm)|*.htm", "Export html file", true},
+    {Export::Format::Pdf, "PDF file (*.pdf)|*.pdf", "Export PDF file", false},
+    {Export::Format::Csv, "CSV file (*.csv)|*.csv", "Export CSV file", false},
+    {Export::Format::Xml, "XML file (*.xml)|*.xml", "Export XML file", false},
+};
+
+}  // namespace
+
 void frmMatrix::ShowSaveDialog() {
     CommonDialog1.FileName = platform_.SaveFileName(CommonDialog1.Filter, CommonDialog1.DialogTitle,
                                                     CommonDialog1.FileName);
 }
 
-// The workbook and the web page ask for a file name first, and before replacing a file.
-void frmMatrix::ExportWithDialog(const QString& filter, const QString& title,
-                                 const std::function<bool(const QString&)>& exporter) {
-    CommonDialog1.Filter = filter;
-    CommonDialog1.FileName = QString();
-    CommonDialog1.DialogTitle = title;
-    ShowSaveDialog();
-    const QString path = CommonDialog1.FileName;
-    if (path.isEmpty()) return;
-    if (platform_.FileExists(path) &&
-        platform_.MessageBox(QStringLiteral("File ") + path +
-                                 QStringLiteral(" exists already, would you like to override it?"),
-                             Platform::YesNo + Platform::Question, NoteTitle) == Platform::AnswerNo)
-        return;
-    ReportExport(exporter(path));
-}
-
-// Only success is reported; a failed export ends silently.
-void frmMatrix::ReportExport(bool written) {
-    if (written) platform_.MessageBox(ExportedMessage, Platform::Exclamation, NoteTitle);
+// The one way every export runs: where the file goes, whether it may be written there, the
+// writing, and the note of success. The workbook and the web page ask through the window's
+// dialog and before replacing a file; the PDF, CSV and XML exports ask through a dialog of
+// their own. Cancelling, answering No and a failed export end silently.
+void frmMatrix::ExportResults(Export::Format format) {
+    const ExportCommand& command =
+        *std::find_if(std::begin(ExportCommands), std::end(ExportCommands),
+                      [format](const ExportCommand& c) { return c.format == format; });
+    const QString filter = QString::fromLatin1(command.filter);
+    const QString title = QString::fromLatin1(command.title);
+    Grid3->CommitEdit();
+    QString path;
+    if (command.windowDialog) {
+        CommonDialog1.Filter = filter;
+        CommonDialog1.FileName = QString();
+        CommonDialog1.DialogTitle = title;
+        ShowSaveDialog();
+        path = CommonDialog1.FileName;
+        if (path.isEmpty()) return;
+        if (platform_.FileExists(path) &&
+            platform_.MessageBox(
+                QStringLiteral("File ") + path +
+                    QStringLiteral(" exists already, would you like to override it?"),
+                Platform::YesNo + Platform::Question, NoteTitle) == Platform::AnswerNo)
+            return;
+    } else {
+        path = platform_.SaveFileName(filter, title, QString());
+        if (path.isEmpty()) return;
+    }
+    if (ResultExport::WriteFile(Grid3->Model(), format, platform_.DecimalSeparator(), path))
+        platform_.MessageBox(ExportedMessage, Platform::Exclamation, NoteTitle);
 }
 
 void frmMatrix::mnuFileExcel_Click() {
-    ExportWithDialog(
-        QStringLiteral("Excel WorkBook (*.xls)|*.xls"), QStringLiteral("Export Excel file"),
-        [this](const QString& path) { return Grid3->ExportExcel(path, false, false); });
+    ExportResults(Export::Format::Workbook);
 }
-
 void frmMatrix::mnuFileExpHtml_Click() {
-    ExportWithDialog(QStringLiteral("Hypertext file(*.htm)|*.htm"),
-                     QStringLiteral("Export html file"),
-                     [this](const QString& path) { return Grid3->ExportHtml(path); });
+    ExportResults(Export::Format::WebPage);
 }
-
-// These three find their destination themselves.
 void frmMatrix::mnuFileExpPDF_Click() {
-    ReportExport(Grid3->ExportPdf(QString()));
+    ExportResults(Export::Format::Pdf);
 }
 void frmMatrix::mnuFileCSV_Click() {
-    ReportExport(Grid3->ExportCsv(QString()));
+    ExportResults(Export::Format::Csv);
 }
 void frmMatrix::mnuFileXML_Click() {
-    ReportExport(Grid3->ExportXml(QString()));
+    ExportResults(Export::Format::Xml);
 }
 
 // ---- Help -----------------------------------------------------------------------------

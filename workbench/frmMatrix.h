@@ -9,10 +9,10 @@
 #include <QString>
 #include <cstdint>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <new>
 
+#include "FileFormats.h"
 #include "Operands.h"
 #include "Platform.h"
 #include "ResultSheet.h"
@@ -187,9 +187,7 @@ private:
     void End(int number, const QString& description);
 
     void DimensionCheck(QLineEdit* box, int old, const QString& message);
-    void ExportWithDialog(const QString& filter, const QString& title,
-                          const std::function<bool(const QString&)>& exporter);
-    void ReportExport(bool written);
+    void ExportResults(Export::Format format);
     void ShowSaveDialog();
 
     Platform& platform_;

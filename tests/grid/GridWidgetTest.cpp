@@ -243,26 +243,4 @@ TEST_F(GridWidgetTest, ViewFollowsSizesAndTopRow) {
     EXPECT_EQ(view.rowAt(0), 119);
 }
 
-// Given no path, the PDF, CSV and XML exports ask for one; cancelling answers false.
-TEST(GridExportAsk, EmptyPathAsksAndCancelAnswersFalse) {
-    const std::tuple<bool (GridWidget::*)(const QString&), const char*, const char*> cases[] = {
-        {&GridWidget::ExportPdf, "PDF file (*.pdf)|*.pdf", "Export PDF file"},
-        {&GridWidget::ExportCsv, "CSV file (*.csv)|*.csv", "Export CSV file"},
-        {&GridWidget::ExportXml, "XML file (*.xml)|*.xml", "Export XML file"}};
-    for (const auto& [run, filter, title] : cases) {
-        GridWidget grid;
-        EXPECT_FALSE((grid.*run)(QString()));  // no asker at all
-        QStringList asked;
-        grid.SetDestinationAsker([&](const QString& f, const QString& t, const QString& initial) {
-            asked << f << t << initial;
-            return QString();
-        });
-        EXPECT_FALSE((grid.*run)(QString()));
-        EXPECT_EQ(asked, (QStringList{filter, title, QString()}));
-        asked.clear();
-        EXPECT_FALSE((grid.*run)("/nonexistent-folder/x"));
-        EXPECT_TRUE(asked.isEmpty());
-    }
-}
-
 }  // namespace

@@ -31,7 +31,7 @@
 #include <utility>
 #include <vector>
 
-#include "CellNumber.h"
+#include "NumberShape.h"
 
 namespace Pdf {
 
@@ -62,9 +62,10 @@ void FreeFontMap(PangoFontMap* map) {
 }
 
 cairo_status_t WriteBytes(void* closure, const unsigned char* data, unsigned int length) {
-    const auto& write = *static_cast<const std::function<bool(const char*, std::size_t)>*>(closure);
-    return write(reinterpret_cast<const char*>(data), length) ? CAIRO_STATUS_SUCCESS
-                                                              : CAIRO_STATUS_WRITE_ERROR;
+    const auto& sink = *static_cast<const Export::Sink*>(closure);
+    return sink(std::string_view(reinterpret_cast<const char*>(data), length))
+               ? CAIRO_STATUS_SUCCESS
+               : CAIRO_STATUS_WRITE_ERROR;
 }
 
 // The rows and columns one page holds.
@@ -186,8 +187,8 @@ private:
 
 class Writer {
 public:
-    Writer(const Table& table, char separator, cairo_t* cr)
-        : table_(table), separator_(separator), cr_(cr) {}
+    Writer(const Export::CellSource& cells, char separator, cairo_t* cr)
+        : cells_(cells), rows_(cells.Rows()), cols_(cells.Cols()), separator_(separator), cr_(cr) {}
 
     bool Draw() {
         if (!Prepare()) return false;
@@ -197,18 +198,18 @@ public:
 
         // Bands of columns that fit across a page.
         std::vector<std::pair<int, int>> bands;
-        for (int first = 0; first < table_.cols;) {
+        for (int first = 0; first < cols_;) {
             int last = first;
             double width = widths_[std::size_t(first)];
-            while (last + 1 < table_.cols && width + widths_[std::size_t(last) + 1] <= width_)
+            while (last + 1 < cols_ && width + widths_[std::size_t(last) + 1] <= width_)
                 width += widths_[std::size_t(++last)];
             bands.emplace_back(first, last);
             first = last + 1;
         }
         std::vector<Page> pages;
         for (const auto& [firstCol, lastCol] : bands) {
-            for (int firstRow = 0; firstRow < table_.rows; firstRow += rowsPerPage) {
-                const int lastRow = std::min(table_.rows, firstRow + rowsPerPage) - 1;
+            for (int firstRow = 0; firstRow < rows_; firstRow += rowsPerPage) {
+                const int lastRow = std::min(rows_, firstRow + rowsPerPage) - 1;
                 pages.push_back(Page{firstRow, lastRow, firstCol, lastCol});
             }
         }
@@ -326,10 +327,10 @@ private:
     // Each column is as wide as its widest text, within the width of a page.
     void MeasureColumns() {
         const double minimum = averageWidth_ * 4 + 2 * padding_;
-        widths_.assign(std::size_t(table_.cols), minimum);
-        for (int r = 0; r < table_.rows; ++r) {
-            for (int c = 0; c < table_.cols; ++c) {
-                const std::string_view text = table_.text(r, c);
+        widths_.assign(std::size_t(cols_), minimum);
+        for (int r = 0; r < rows_; ++r) {
+            for (int c = 0; c < cols_; ++c) {
+                const std::string_view text = cells_.Text(r, c);
                 if (text.empty()) continue;
                 double width = FastWidth(text);
                 if (width < 0) width = LayoutWidth(text);
@@ -441,7 +442,7 @@ private:
             const double baseline = captionHeight_ + (r - page.firstRow) * rowHeight_ +
                                     (rowHeight_ - ascent_ - descent_) / 2 + ascent_;
             for (int c = page.firstCol; c <= page.lastCol; ++c) {
-                const std::string_view text = table_.text(r, c);
+                const std::string_view text = cells_.Text(r, c);
                 if (text.empty()) continue;
                 const double left = lefts[std::size_t(c - page.firstCol)];
                 const double room = widths_[std::size_t(c)] - 2 * padding_;
@@ -481,7 +482,9 @@ private:
         }
     }
 
-    const Table& table_;
+    const Export::CellSource& cells_;
+    const int rows_;
+    const int cols_;
     char separator_;
     cairo_t* cr_;
     Owned<PangoFontMap, FreeFontMap> fontMap_;  // declared first: released last
@@ -504,17 +507,15 @@ private:
 
 }  // namespace
 
-bool WriteTable(const Table& table, char decimalSeparator,
-                const std::function<bool(const char*, std::size_t)>& write) {
+bool WriteTable(const Export::CellSource& cells, char decimalSeparator, const Export::Sink& sink) {
     Owned<cairo_surface_t, cairo_surface_destroy> surface(cairo_pdf_surface_create_for_stream(
-        WriteBytes, const_cast<std::function<bool(const char*, std::size_t)>*>(&write), kPageWidth,
-        kPageHeight));
+        WriteBytes, const_cast<Export::Sink*>(&sink), kPageWidth, kPageHeight));
     cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_TITLE, "Kelvara results");
     cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATOR, "Kelvara");
     bool ok;
     {
         Owned<cairo_t, cairo_destroy> cr(cairo_create(surface.get()));
-        ok = Writer(table, decimalSeparator, cr.get()).Draw();
+        ok = Writer(cells, decimalSeparator, cr.get()).Draw();
     }
     cairo_surface_finish(surface.get());
     return ok && cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS;

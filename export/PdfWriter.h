@@ -7,22 +7,12 @@
 // line at the top of each page names the rows and columns it holds. Texts are real text, so
 // a reader can select and search them.
 
-#include <cstddef>
-#include <functional>
-#include <string_view>
+#include "CellSource.h"
 
 namespace Pdf {
 
-// The table: rows x cols texts in UTF-8, 0-based.
-struct Table {
-    int rows = 0;
-    int cols = 0;
-    std::function<std::string_view(int row, int col)> text;
-};
-
-// Writes the PDF through `write`, which answers false when it could not take the bytes.
-// Answers true when the whole document was written.
-bool WriteTable(const Table& table, char decimalSeparator,
-                const std::function<bool(const char* data, std::size_t size)>& write);
+// Writes the PDF of the cells to the sink. Number texts (with "." or decimalSeparator) are
+// right-aligned. Answers true when the whole document was written.
+bool WriteTable(const Export::CellSource& cells, char decimalSeparator, const Export::Sink& sink);
 
 }  // namespace Pdf

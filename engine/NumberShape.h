@@ -15,6 +15,3 @@
 // separator is "." and, when decimalSeparator is ",", also "," (the sheet writes numbers
 // with the user's regional separator).
 std::optional<double> CellNumber(std::string_view utf8, char decimalSeparator = '.');
-
-// The decimal separator of the user's regional settings: "." or ",".
-char UserDecimalSeparator();

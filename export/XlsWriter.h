@@ -3,10 +3,7 @@
 // become number cells, other non-empty texts become shared-string cells. A sheet larger
 // than one worksheet holds goes on over further worksheets (see XlsWriter.cpp).
 
-#include <functional>
-#include <string_view>
-
-#include "CompoundFile.h"
+#include "CellSource.h"
 
 namespace Xls {
 
@@ -16,20 +13,10 @@ inline constexpr int MaxCols = 256;
 // The longest text a cell holds, in UTF-16 code units; longer texts are cut to it.
 inline constexpr int MaxTextLength = 32767;
 
-// The cells to write: rows x cols texts in UTF-8, (0, 0) being the top-left cell A1.
-// A text need only stay valid until the next call of Text.
-class CellSource {
-public:
-    virtual ~CellSource() = default;
-    virtual int Rows() const = 0;
-    virtual int Cols() const = 0;
-    virtual std::string_view Text(int row, int col) const = 0;
-};
-
 // Writes the workbook to sink. decimalSeparator is the separator that number texts may use
 // besides ".". Answers false, having sent nothing, when the workbook would be larger than a
 // compound file holds; otherwise answers whether the sink took it all.
-bool WriteWorkbook(const CellSource& cells, const CompoundFile::Sink& sink,
+bool WriteWorkbook(const Export::CellSource& cells, const Export::Sink& sink,
                    char decimalSeparator = '.');
 
 }  // namespace Xls

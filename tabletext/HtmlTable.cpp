@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace ClipboardFormats {
+namespace TableText {
 
 namespace {
 
@@ -320,4 +320,4 @@ TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
     return builder.Finish();
 }
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

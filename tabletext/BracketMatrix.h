@@ -5,10 +5,10 @@
 
 #include "TextTable.h"
 
-namespace ClipboardFormats {
+namespace TableText {
 
 // A bracketed matrix: rows separated by ";" or line breaks, entries by blanks or commas,
 // or nested rows as in [[1, 2], [3, 4]]. An empty table when the text is not one.
 TextTable ParseBracketMatrix(std::string_view text, TableBound bound = {});
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

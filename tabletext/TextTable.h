@@ -81,9 +81,9 @@ private:
     bool uneven_ = false;    // a row that has ended differed from the first in length
 };
 
-namespace ClipboardFormats {
+namespace TableText {
 
 // The text without the blanks and line breaks around it.
 std::string_view Trim(std::string_view text);
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

@@ -6,7 +6,7 @@
 
 #include "TextTable.h"
 
-namespace ClipboardFormats {
+namespace TableText {
 
 // A complete UTF-8 HTML document holding the cells as one <table>.
 std::string EncodeHtml(const TextTable& table);
@@ -15,4 +15,4 @@ std::string EncodeHtml(const TextTable& table);
 // Spans reach no further than the bound, and reading stops when it is full.
 TextTable ParseHtmlTable(std::string_view html, TableBound bound = {});
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

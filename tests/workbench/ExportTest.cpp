@@ -27,11 +27,25 @@
 #include <string>
 #include <vector>
 
-#include "CellNumber.h"
-#include "Exporters.h"
 #include "FreeXlSheet.h"
 #include "GridModel.h"
 #include "NamedRows.h"
+#include "NumberShape.h"
+#include "ResultExport.h"
+
+namespace GridExport {
+// The sheet written in each format, with "." as the decimal separator.
+#define KELVARA_EXPORT(Name, Kind)                                             \
+    bool Name(const GridModel& grid, const QString& path) {                    \
+        return ResultExport::WriteFile(grid, Export::Format::Kind, '.', path); \
+    }
+KELVARA_EXPORT(ExportExcel, Workbook)
+KELVARA_EXPORT(ExportHtml, WebPage)
+KELVARA_EXPORT(ExportPdf, Pdf)
+KELVARA_EXPORT(ExportCsv, Csv)
+KELVARA_EXPORT(ExportXml, Xml)
+#undef KELVARA_EXPORT
+}  // namespace GridExport
 
 namespace {
 

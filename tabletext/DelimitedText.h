@@ -6,7 +6,7 @@
 
 #include "TextTable.h"
 
-namespace ClipboardFormats {
+namespace TableText {
 
 // Tab-separated text as spreadsheets write it: every row ends in "\n"; a cell holding a tab,
 // a line break or a double quote is wrapped in double quotes with inner quotes doubled.
@@ -19,4 +19,4 @@ TextTable ParseTsv(std::string_view text, TableBound bound = {});
 // every line has (TextTable::EvenRows).
 TextTable ParseCsv(std::string_view text, TableBound bound = {});
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

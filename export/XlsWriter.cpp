@@ -1,6 +1,5 @@
 #include "XlsWriter.h"
 
-#include <QString>
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -10,8 +9,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include "CellNumber.h"
+#include "CompoundFile.h"
 #include "LittleEndian.h"
+#include "NumberShape.h"
+#include "Utf8.h"
 
 // The workbook stream holds substreams of records: the workbook globals, then one per
 // worksheet. Each record is a 16-bit type, a
@@ -99,6 +100,13 @@ struct BiffText {
     std::size_t Length() const { return wide ? bytes.size() / 2 : bytes.size(); }
 };
 
+bool IsHighSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool IsLowSurrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
 // A text longer than a cell holds is cut to MaxTextLength UTF-16 units, one fewer when the
 // cut would leave half of a surrogate pair.
 BiffText ToBiffText(std::string_view utf8) {
@@ -110,14 +118,14 @@ BiffText ToBiffText(std::string_view utf8) {
         text.bytes.assign(utf8.substr(0, MaxTextLength));
         return text;
     }
-    QString s = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-    if (s.size() > MaxTextLength)
-        s.truncate(s[MaxTextLength].isLowSurrogate() ? MaxTextLength - 1 : MaxTextLength);
-    text.wide = std::any_of(s.begin(), s.end(), [](QChar c) { return c.unicode() > 0xFF; });
-    text.bytes.reserve(static_cast<std::size_t>(s.size()) * (text.wide ? 2 : 1));
-    for (const QChar c : s) {
-        text.bytes.push_back(static_cast<char>(c.unicode() & 0xFF));
-        if (text.wide) text.bytes.push_back(static_cast<char>(c.unicode() >> 8));
+    std::u16string s = Utf8::ToUtf16(utf8);
+    constexpr auto most = static_cast<std::size_t>(MaxTextLength);
+    if (s.size() > most) s.resize(IsLowSurrogate(s[most]) ? most - 1 : most);
+    text.wide = std::any_of(s.begin(), s.end(), [](char16_t c) { return c > 0xFF; });
+    text.bytes.reserve(s.size() * (text.wide ? 2 : 1));
+    for (const char16_t c : s) {
+        text.bytes.push_back(static_cast<char>(c & 0xFF));
+        if (text.wide) text.bytes.push_back(static_cast<char>(c >> 8));
     }
     return text;
 }
@@ -232,7 +240,7 @@ void PutSharedStrings(std::string& out, const std::vector<BiffText>& strings,
         for (;;) {
             std::size_t take = std::min(s.bytes.size() - done, room() / charSize * charSize);
             if (s.wide && done + take < s.bytes.size() &&
-                QChar::isHighSurrogate(LittleEndian::Get16(s.bytes, done + take - 2))) {
+                IsHighSurrogate(LittleEndian::Get16(s.bytes, done + take - 2))) {
                 take -= 2;
             }
             out.append(s.bytes, done, take);
@@ -282,7 +290,7 @@ struct Worksheet {
     std::size_t Size() const { return head.size() + records.size() + tail.size(); }
 };
 
-void CollectCells(const CellSource& cells, char decimalSeparator, SharedStrings& strings,
+void CollectCells(const Export::CellSource& cells, char decimalSeparator, SharedStrings& strings,
                   Worksheet& sheet) {
     for (int r = 0; r < sheet.rows; ++r) {
         for (int c = 0; c < sheet.cols; ++c) {
@@ -360,7 +368,8 @@ std::string WorksheetName(const Worksheet& sheet, bool rowsCut, bool colsCut) {
 
 }  // namespace
 
-bool WriteWorkbook(const CellSource& cells, const CompoundFile::Sink& sink, char decimalSeparator) {
+bool WriteWorkbook(const Export::CellSource& cells, const Export::Sink& sink,
+                   char decimalSeparator) {
     const int rows = std::max(0, cells.Rows());
     const int cols = rows == 0 ? 0 : std::max(0, cells.Cols());
     const bool rowsCut = rows > MaxRows;

@@ -5,12 +5,6 @@
 // Julia, Mathematica) are typed after their documented display, and say so.
 #include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QClipboard>
-#include <QTableView>
-#include <QTest>
-
-#include "GridWidget.h"
 #include "MatrixText.h"
 #include "NamedRows.h"
 #include "SampleTexts.h"
@@ -58,22 +52,6 @@ TEST(MatrixTextHostile, LargeTextsEndWithoutBlowingUp) {
     for (int i = 0; i < 20000; ++i)
         latex += "\\begin{bmatrix}1 & 2";
     EXPECT_EQ(MatrixText::Parse(latex).RowsRead(), 0);
-}
-
-// Ctrl+V in a grid puts each entry of a printout into its own cell.
-TEST(MatrixTextPaste, CtrlVFillsOneCellPerEntry) {
-    GridWidget grid;
-    grid.SetRows(3);
-    grid.SetCols(3);
-    grid.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&grid));
-    grid.View().setCurrentIndex(grid.View().model()->index(0, 0));
-    QGuiApplication::clipboard()->setText("A =\n\n   1.5000  -2.0000\n   3.0000   4.0000\n");
-    QTest::keyClick(&grid.View(), Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(grid.Model().CellText(1, 1), "1.5000");
-    EXPECT_EQ(grid.Model().CellText(1, 2), "-2.0000");
-    EXPECT_EQ(grid.Model().CellText(2, 1), "3.0000");
-    EXPECT_EQ(grid.Model().CellText(2, 2), "4.0000");
 }
 
 }  // namespace

@@ -51,7 +51,8 @@ void PutEntry(std::string& out, std::string_view name, std::uint8_t type, std::u
 
 }  // namespace
 
-bool Write(std::string_view name, std::span<const std::string_view> parts, const Sink& sink) {
+bool Write(std::string_view name, std::span<const std::string_view> parts,
+           const Export::Sink& sink) {
     if (name.empty() || name.size() > 31) return false;
     std::uint64_t dataSize = 0;
     for (const std::string_view part : parts)

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ClipboardFormats {
+namespace TableText {
 
 namespace {
 
@@ -60,4 +60,4 @@ TextTable ParseBracketMatrix(std::string_view text, TableBound bound) {
     return table;
 }
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

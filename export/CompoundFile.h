@@ -9,14 +9,12 @@
 // has none and pads such a stream with zero bytes to 4096 instead.
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string_view>
 
-namespace CompoundFile {
+#include "CellSource.h"
 
-// Receives the file's bytes in order; answers false when they could not be written.
-using Sink = std::function<bool(std::string_view bytes)>;
+namespace CompoundFile {
 
 // The largest stream this writer accepts (a version 3 file keeps sizes below 2 GiB).
 inline constexpr std::uint64_t MaxStreamSize = 0x7FFFFFFFu;
@@ -24,6 +22,7 @@ inline constexpr std::uint64_t MaxStreamSize = 0x7FFFFFFFu;
 // Writes a compound file whose root holds one stream named name (ASCII, at most 31
 // characters), the concatenation of parts. Answers false when the stream is too large or
 // the sink fails.
-bool Write(std::string_view name, std::span<const std::string_view> parts, const Sink& sink);
+bool Write(std::string_view name, std::span<const std::string_view> parts,
+           const Export::Sink& sink);
 
 }  // namespace CompoundFile

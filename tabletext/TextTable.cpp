@@ -90,7 +90,7 @@ TextTable TextTable::FromVectors(const std::vector<std::vector<std::string>>& ro
     return table;
 }
 
-namespace ClipboardFormats {
+namespace TableText {
 
 std::string_view Trim(std::string_view text) {
     const auto blank = [](char c) {
@@ -103,4 +103,4 @@ std::string_view Trim(std::string_view text) {
     return text;
 }
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

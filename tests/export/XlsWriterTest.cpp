@@ -20,7 +20,7 @@
 namespace {
 
 // A sheet given by a function of the cell position.
-class FunctionSource : public Xls::CellSource {
+class FunctionSource : public Export::CellSource {
 public:
     FunctionSource(int rows, int cols, std::function<std::string(int, int)> text)
         : rows_(rows), cols_(cols), text_(std::move(text)) {}
@@ -35,7 +35,7 @@ private:
     mutable std::string current_;
 };
 
-bool WriteFile(const Xls::CellSource& cells, const QString& path, std::string* bytes = nullptr) {
+bool WriteFile(const Export::CellSource& cells, const QString& path, std::string* bytes = nullptr) {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && Xls::WriteWorkbook(cells, [&](std::string_view part) {
                if (bytes != nullptr) bytes->append(part);
@@ -45,7 +45,7 @@ bool WriteFile(const Xls::CellSource& cells, const QString& path, std::string* b
 
 // Writes the workbook into a file and reads its first sheet back with libfreexl from row
 // firstRow on; also gives the file's bytes.
-XlsSheet RoundTrip(const Xls::CellSource& cells, unsigned firstRow = 0,
+XlsSheet RoundTrip(const Export::CellSource& cells, unsigned firstRow = 0,
                    std::string* bytes = nullptr) {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("book.xls"));
@@ -75,7 +75,7 @@ std::string Number(double value) {
 
 std::string XlrdDump(const QString& path) {
     return RunProgram(QStringLiteral("/usr/bin/python3"),
-                      {QStringLiteral(KELVARA_GRID_TEST_DIR "/xlrd-dump.py"), path});
+                      {QStringLiteral(KELVARA_EXPORT_TEST_DIR "/xlrd-dump.py"), path});
 }
 
 std::string FreeXlDump(const QString& path) {
@@ -135,7 +135,7 @@ std::string ExpectedDump(const FunctionSource& cells, const std::vector<std::str
 
 // Writes `cells` into a workbook; xlrd and, unless told otherwise, libfreexl must find in it
 // what `kept` holds, on worksheets with the given names.
-void ExpectReadersFind(const Xls::CellSource& cells, const FunctionSource& kept,
+void ExpectReadersFind(const Export::CellSource& cells, const FunctionSource& kept,
                        const std::vector<std::string>& names, bool freexl = true) {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("book.xls"));

@@ -1,6 +1,5 @@
-#include "CellNumber.h"
+#include "NumberShape.h"
 
-#include <QLocale>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -75,9 +74,4 @@ std::optional<double> CellNumber(std::string_view utf8, char decimalSeparator) {
         return std::nullopt;
     }
     return value;
-}
-
-char UserDecimalSeparator() {
-    const QString point = QLocale::system().decimalPoint();
-    return point == QStringLiteral(",") ? ',' : '.';
 }

@@ -1,6 +1,6 @@
 #include "DelimitedText.h"
 
-namespace ClipboardFormats {
+namespace TableText {
 
 namespace {
 
@@ -133,4 +133,4 @@ TextTable ParseCsv(std::string_view text, TableBound bound) {
     return ParseDelimited(text, ',', true, bound, true);
 }
 
-}  // namespace ClipboardFormats
+}  // namespace TableText

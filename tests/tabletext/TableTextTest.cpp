@@ -1,0 +1,103 @@
+// Tables of texts read from what spreadsheets and other programs put on the clipboard: each
+// format's reader, bounded reading, and what the grid writes read back.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "BracketMatrix.h"
+#include "DelimitedText.h"
+#include "HtmlTable.h"
+#include "NamedRows.h"
+#include "PlainText.h"
+#include "SampleTexts.h"
+
+namespace {
+
+using Rows = std::vector<std::vector<std::string>>;
+using namespace TableText;
+
+// Texts as spreadsheets and other programs put them on the clipboard, from
+// samples/clipboard-texts.json, read by the parser of their format.
+class TsvParse : public ::testing::TestWithParam<SampleText> {};
+TEST_P(TsvParse, ReadsSpreadsheetText) {
+    EXPECT_EQ(ParseTsv(GetParam().text).ToVectors(), GetParam().cells);
+}
+INSTANTIATE_TEST_SUITE_P(Cases, TsvParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "Tsv")), ByName());
+
+class PlainTextParse : public ::testing::TestWithParam<SampleText> {};
+TEST_P(PlainTextParse, RecognisesTheLayout) {
+    EXPECT_EQ(ParsePlainText(GetParam().text).ToVectors(), GetParam().cells);
+}
+INSTANTIATE_TEST_SUITE_P(Cases, PlainTextParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "PlainText")),
+                         ByName());
+
+class HtmlParse : public ::testing::TestWithParam<SampleText> {};
+TEST_P(HtmlParse, ReadsTheFirstTable) {
+    EXPECT_EQ(ParseHtmlTable(GetParam().text).ToVectors(), GetParam().cells);
+}
+INSTANTIATE_TEST_SUITE_P(Cases, HtmlParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "Html")),
+                         ByName());
+
+// A bounded parse keeps exactly the top-left corner of what an unbounded one reads, and
+// cropping never changes how a text is taken (CSV or not, where a span ends).
+struct BoundCase {
+    const char* name;
+    TextTable (*parse)(std::string_view, TableBound);
+    std::string text;
+};
+
+class BoundedParse : public ::testing::TestWithParam<BoundCase> {};
+
+TEST_P(BoundedParse, KeepsTheCornerOfTheWholeTable) {
+    const Rows whole = GetParam().parse(GetParam().text, {}).ToVectors();
+    for (const TableBound bound : {TableBound{1, 1}, TableBound{1, 3}, TableBound{2, 1},
+                                   TableBound{2, 2}, TableBound{3, 5}, TableBound{9, 9}}) {
+        Rows corner(whole.begin(),
+                    whole.begin() + std::min<std::ptrdiff_t>(std::ssize(whole), bound.rows));
+        bool cut = corner.size() < whole.size();
+        for (auto& row : corner) {
+            cut = cut || std::ssize(row) > bound.cols;
+            row.resize(std::min<std::size_t>(row.size(), static_cast<std::size_t>(bound.cols)));
+        }
+        const TextTable bounded = GetParam().parse(GetParam().text, bound);
+        EXPECT_EQ(bounded.ToVectors(), corner) << bound.rows << " x " << bound.cols;
+        EXPECT_EQ(bounded.Cropped(), cut) << bound.rows << " x " << bound.cols;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, BoundedParse,
+    ::testing::Values(
+        BoundCase{"tsv", ParseTsv, "1\t2\t3\n\"a\nb\"\t\n4\t5\t6\t7\n8"},
+        BoundCase{"csv", ParseCsv, " 1 , \"x,y\"\n2,3,4\n"},
+        BoundCase{"plain_csv", ParsePlainText, "1,2,3\n4,5,6\n7,8,9\n"},
+        BoundCase{"plain_uneven_csv_late", ParsePlainText, "1,2\n3,4\n5,6\n7"},
+        BoundCase{"plain_long_line_late", ParsePlainText, "1,2\n3,4\n5,6,7"},
+        BoundCase{"matrix", ParsePlainText, "[1 2 3; 4 5 6; 7 8 9]"},
+        BoundCase{"printed_matrix", ParsePlainText, "A =\n\n   1   2   3\n   4   5   6\n"},
+        BoundCase{"nested_matrix", ParseBracketMatrix, "[[1, 2], [3, 4], [5, 6]]"},
+        BoundCase{"html_spans", ParseHtmlTable,
+                  "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
+                  "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
+                  "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
+    ByName());
+
+const Rows kAwkward = {{"1", "-2.5E-07", ""},
+                       {"tab\there", "line\nbreak", "\"quoted\""},
+                       {"a & <b>", "\xC3\xA9t\xC3\xA9", " spaced"}};
+
+// What the grid writes reads back as it was (the exact TSV text is checked where the grid
+// copies).
+TEST(ClipboardEncoding, TsvAndHtmlTableReadBack) {
+    EXPECT_EQ(ParseTsv(EncodeTsv(TextTable::FromVectors(kAwkward))).ToVectors(), kAwkward);
+    const Rows back = ParseHtmlTable(EncodeHtml(TextTable::FromVectors(kAwkward))).ToVectors();
+    Rows expected = kAwkward;
+    expected[1][0] = "tab here";  // white space inside a cell collapses, as in a browser
+    expected[2][2] = "spaced";
+    EXPECT_EQ(back, expected);
+}
+
+}  // namespace
