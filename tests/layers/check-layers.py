@@ -18,7 +18,7 @@ LAYERS = {
     "tabletext": {"engine"},
     "export": {"tabletext", "engine"},
     "grid": {"tabletext", "engine"},
-    "platform": {"engine"},
+    "platform": set(),
     "workbench": {"grid", "export", "platform", "tabletext", "engine"},
     "app": {"workbench", "grid", "export", "platform", "tabletext", "engine"},
 }
