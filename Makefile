@@ -1,6 +1,7 @@
 # Two commands on a fresh Debian 12 machine:
 #   make run    installs what is missing, builds Kelvara and starts it
-#   make test   installs what is missing, builds the test suite under the sanitizers and runs it
+#   make test   installs what is missing, builds the test suite under the sanitizers and runs it:
+#               everything under ASan/UBSan, then the libraries without Qt under ThreadSanitizer
 # and, for measuring:
 #   make bench  builds optimised and runs every benchmark in bench/
 #   make fuzz   builds the fuzz targets with clang and runs each for FUZZ_SECONDS
@@ -29,6 +30,9 @@ test: deps
 	cmake --preset ci
 	cmake --build --preset ci -j $(JOBS)
 	ctest --preset ci -j $(JOBS)
+	cmake --preset tsan
+	cmake --build --preset tsan -j $(JOBS)
+	ctest --preset tsan -j $(JOBS)
 
 bench: build
 	@scripts/run-benchmarks build/release/bench
