@@ -5,40 +5,11 @@
 
 #include "MatrixTextParts.h"
 #include "NumberText.h"
+#include "Utf8.h"
 
 namespace MatrixText::Parts {
 
 namespace {
-
-// The character that starts at text[at], with its length in bytes; a byte that does not
-// start a well-formed UTF-8 sequence is read as U+FFFD and takes one byte.
-char32_t Decode(std::string_view text, std::size_t at, std::size_t& length) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(at);
-    length = 1;
-    if (first < 0x80) return first;
-    std::size_t count;
-    char32_t code;
-    if ((first & 0xE0) == 0xC0) {
-        count = 2;
-        code = first & 0x1F;
-    } else if ((first & 0xF0) == 0xE0) {
-        count = 3;
-        code = first & 0x0F;
-    } else if ((first & 0xF8) == 0xF0) {
-        count = 4;
-        code = first & 0x07;
-    } else {
-        return 0xFFFD;
-    }
-    if (at + count > text.size()) return 0xFFFD;
-    for (std::size_t i = 1; i < count; ++i) {
-        if ((byte(at + i) & 0xC0) != 0x80) return 0xFFFD;
-        code = (code << 6) | (byte(at + i) & 0x3F);
-    }
-    length = count;
-    return code;
-}
 
 // The plain character a typographic one stands for, or 0 when it stands for itself.
 char PlainFor(char32_t code) {
@@ -106,7 +77,7 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
     std::size_t length = 0;
     const auto skipBlanks = [&] {
         while (at < text.size()) {
-            const char32_t code = Decode(text, at, length);
+            const char32_t code = Utf8::Decode(text, at, length);
             if (code != ' ' && PlainFor(code) != ' ') break;
             at += length;
         }
@@ -119,7 +90,7 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
         if (at < text.size() && text[at] != '^') {
             // Superscript exponent: ⁻³
             while (at < text.size()) {
-                const char32_t code = Decode(text, at, length);
+                const char32_t code = Utf8::Decode(text, at, length);
                 const int digit = SuperscriptDigit(code);
                 if (digit >= 0)
                     exponent.push_back(static_cast<char>('0' + digit));
@@ -140,7 +111,7 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
         ++at;
     }
     if (at < text.size()) {
-        const char32_t code = Decode(text, at, length);
+        const char32_t code = Utf8::Decode(text, at, length);
         if (code == '+' || code == '-' || PlainFor(code) == '-') {
             exponent.push_back(code == '+' ? '+' : '-');
             at += length;
@@ -243,7 +214,7 @@ std::optional<std::string> NormaliseTypography(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size()) {
         std::size_t length = 0;
-        char32_t code = Decode(text, at, length);
+        char32_t code = Utf8::Decode(text, at, length);
         if (code == '\\' && (text.substr(at, 6) == "\\times" || text.substr(at, 5) == "\\cdot")) {
             code = 0xD7;
             length = text[at + 1] == 't' ? 6 : 5;
