@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "HtmlEscape.h"
 #include "Utf8.h"
 
 namespace TableText {
@@ -191,29 +192,7 @@ std::string EncodeHtml(const TextTable& table) {
         out += "<tr>";
         for (int col = 0; col < table.Cols(); ++col) {
             out += "<td>";
-            for (char c : table.Cell(row, col)) {
-                switch (c) {
-                    case '&':
-                        out += "&amp;";
-                        break;
-                    case '<':
-                        out += "&lt;";
-                        break;
-                    case '>':
-                        out += "&gt;";
-                        break;
-                    case '"':
-                        out += "&quot;";
-                        break;
-                    case '\n':
-                        out += "<br>";
-                        break;
-                    case '\r':
-                        break;
-                    default:
-                        out.push_back(c);
-                }
-            }
+            AppendHtmlEscaped(out, table.Cell(row, col), LineBreaks::AsBr);
             out += "</td>";
         }
         out += "</tr>\n";

@@ -1,12 +1,13 @@
 // Tables of texts read from what spreadsheets and other programs put on the clipboard: each
 // format's reader, bounded reading, and what the grid writes read back; the characters of
-// UTF-8 text.
+// UTF-8 text and their HTML escapes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "BracketMatrix.h"
 #include "DelimitedText.h"
+#include "HtmlEscape.h"
 #include "HtmlTable.h"
 #include "NamedRows.h"
 #include "PlainText.h"
@@ -127,6 +128,24 @@ TEST(Utf8, DecodesOneCharacterAndAppendsItBack) {
     }
     for (const char32_t code : {0x0u, 0xD800u, 0xDFFFu, 0x110000u})
         EXPECT_EQ(appended(code), "\uFFFD") << static_cast<unsigned>(code);
+}
+
+// The web page and the XML keep line breaks as they are; the clipboard's HTML table shows
+// each as <br>. Characters that XML cannot hold become U+FFFD in both.
+TEST(HtmlEscape, EscapesMarkupAndWritesLineBreaksAsChosen) {
+    const std::tuple<std::string_view, std::string_view, std::string_view> escapes[] = {
+        {"<b> & \"c\" 'd'\t\xC3\xA9", "&lt;b&gt; &amp; &quot;c&quot; 'd'\t\xC3\xA9",
+         "&lt;b&gt; &amp; &quot;c&quot; 'd'\t\xC3\xA9"},
+        {"1\r\n2\r3\n\n4\r", "1&#13;\n2&#13;3\n\n4&#13;", "1<br>2<br>3<br><br>4<br>"},
+        {"\x07\x1F\xEF\xBF\xBE\xEF\xBF\xBF", "\uFFFD\uFFFD\uFFFD\uFFFD",
+         "\uFFFD\uFFFD\uFFFD\uFFFD"}};
+    for (const auto& [text, kept, asBr] : escapes) {
+        std::string files, clipboard;
+        AppendHtmlEscaped(files, text);
+        AppendHtmlEscaped(clipboard, text, LineBreaks::AsBr);
+        EXPECT_EQ(files, kept);
+        EXPECT_EQ(clipboard, asBr);
+    }
 }
 
 }  // namespace
