@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "MatrixTextParts.h"
+#include "NumberShape.h"
 #include "NumberText.h"
 #include "Utf8.h"
 
@@ -128,42 +129,6 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
     return at;
 }
 
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return (x | 0x20) == (y | 0x20);
-           });
-}
-
-// Sign, digits with one decimal separator, optional exponent; or one of the named values.
-bool ScanNumber(std::string_view token, char decimal) {
-    std::size_t i = 0;
-    const std::size_t n = token.size();
-    if (i < n && (token[i] == '+' || token[i] == '-')) ++i;
-    const std::string_view rest = token.substr(i);
-    if (EqualsNoCase(rest, "inf") || EqualsNoCase(rest, "infinity") || EqualsNoCase(rest, "nan"))
-        return true;
-    if (i == 0 && rest == "NA") return true;
-    const auto digits = [&] {
-        const std::size_t from = i;
-        while (i < n && token[i] >= '0' && token[i] <= '9')
-            ++i;
-        return i - from;
-    };
-    std::size_t mantissa = digits();
-    if (i < n && token[i] == decimal) {
-        ++i;
-        mantissa += digits();
-    }
-    if (mantissa == 0) return false;
-    if (i < n && (token[i] == 'e' || token[i] == 'E' || token[i] == 'd' || token[i] == 'D' ||
-                  token[i] == 'f')) {
-        ++i;
-        if (i < n && (token[i] == '+' || token[i] == '-')) ++i;
-        if (digits() == 0) return false;
-    }
-    return i == n;
-}
-
 // -1/2: an integer over an integer.
 bool SplitFraction(std::string_view token, std::string_view& top, std::string_view& bottom) {
     const std::size_t slash = token.find('/');
@@ -251,11 +216,12 @@ std::optional<std::string> NormaliseTypography(std::string_view text) {
 
 bool IsNumber(std::string_view token) {
     std::string_view top, bottom;
-    return ScanNumber(token, '.') || SplitFraction(token, top, bottom);
+    return HasNumberShape(token, PrintedNumberSyntax('.')) || SplitFraction(token, top, bottom);
 }
 
 bool IsDecimalCommaNumber(std::string_view token) {
-    return token.find(',') != std::string_view::npos && ScanNumber(token, ',');
+    return token.find(',') != std::string_view::npos &&
+           HasNumberShape(token, PrintedNumberSyntax(','));
 }
 
 void AddEntry(TextTable& table, std::string_view token, double factor) {
@@ -274,7 +240,7 @@ void AddEntry(TextTable& table, std::string_view token, double factor) {
         return;
     }
     const bool decimalComma = IsDecimalCommaNumber(token);
-    if (!decimalComma && !ScanNumber(token, '.')) {
+    if (!decimalComma && !HasNumberShape(token, PrintedNumberSyntax('.'))) {
         table.AddCell(token);
         return;
     }
