@@ -8,9 +8,6 @@
 
 namespace {
 
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t';
-}
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -26,6 +23,19 @@ bool IsNamedValue(std::string_view text) {
 }
 
 }  // namespace
+
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\f' || c == '\v';
+}
+
+std::string_view Trim(std::string_view text) {
+    const auto space = [](char c) { return IsBlank(c) || c == '\n' || c == '\r'; };
+    while (!text.empty() && space(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && space(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
 
 bool HasNumberShape(std::string_view text, const NumberSyntax& syntax) {
     if (syntax.namedValues && IsNamedValue(text)) return true;

@@ -1,5 +1,5 @@
 #pragma once
-// The shape of a number text, and the cell texts that are numbers.
+// The shape of a number text, the blanks around it, and the cell texts that are numbers.
 //
 // A number has an optional sign, digits with at most one decimal separator, and an
 // optional exponent (a letter, an optional sign, digits). Which separators and exponent
@@ -10,6 +10,12 @@
 
 #include <optional>
 #include <string_view>
+
+// Blanks separate the tokens of a line and surround a cell's number: space, tab, form feed
+// and vertical tab. Line breaks are no blanks.
+bool IsBlank(char c);
+// The text without the blanks and line breaks around it.
+std::string_view Trim(std::string_view text);
 
 // What a reader takes for a number.
 struct NumberSyntax {
@@ -27,8 +33,8 @@ constexpr NumberSyntax PrintedNumberSyntax(char decimalSeparator) {
 // Whether the whole text, nothing before or after, is a number of the syntax.
 bool HasNumberShape(std::string_view text, const NumberSyntax& syntax);
 
-// The value of a cell's text, or nothing when it is not a number: the text without blanks
-// and tabs at either end must be a number with "E" or "e" as its exponent and a finite value.
+// The value of a cell's text, or nothing when it is not a number: the text without the
+// blanks at either end must be a number with "E" or "e" as its exponent and a finite value.
 // The decimal separator is "." and, when decimalSeparator is ",", also "," (the sheet writes
 // numbers with the user's regional separator). Texts that merely begin with a number
 // ("2 apples"), hexadecimal, "inf" and "nan" are texts.

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "NumberShape.h"  // IsBlank and Trim, which every family parser uses
 #include "TextTable.h"
 
 namespace MatrixText::Parts {
@@ -31,8 +32,6 @@ inline bool Recognised(const TextTable& table) {
     return table.RowsRead() > 0;
 }
 
-bool IsBlank(char c);
-std::string_view Trim(std::string_view text);
 bool StartsWith(std::string_view text, std::string_view prefix);
 // The lines of a text, without their line ends ("\n", "\r\n" or "\r").
 std::vector<std::string_view> Lines(std::string_view text);

@@ -258,19 +258,6 @@ void AddEntry(TextTable& table, std::string_view token, double factor) {
     table.EndCell();
 }
 
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\f' || c == '\v';
-}
-
-std::string_view Trim(std::string_view text) {
-    const auto space = [](char c) { return IsBlank(c) || c == '\n' || c == '\r'; };
-    while (!text.empty() && space(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && space(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
 bool StartsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }

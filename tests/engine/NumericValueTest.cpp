@@ -1,6 +1,6 @@
 // Reading numbers from texts: NumericValue and ReadDimension, with the decisions on texts
-// that stop early (see NumericValue.cpp); which whole texts each reader takes for a number
-// (NumberShape.h).
+// that stop early (see NumericValue.cpp); which whole texts each reader takes for a number,
+// and the blanks around a text (NumberShape.h).
 
 #include <optional>
 #include <string>
@@ -78,7 +78,7 @@ TEST(NumberShape, EachReaderTakesItsOwnForms) {
         {"1,5,0", No, No, 0, 0}, {"1.5,0", No, No, 0, 0}, {"1E400", No, No, 1, 1},
         {"0," + std::string(80, '0') + "1", No, 1e-81, 0, 1},  // longer than the stack copy
         // Blanks around a cell's number, but no line breaks; a printed entry is a bare token.
-        {" \t42\t ", 42, 42, 0, 0}, {"42\n", No, No, 0, 0}, {"2 apples", No, No, 0, 0},
+        {" \t\f\v42\t ", 42, 42, 0, 0}, {"42\n", No, No, 0, 0}, {"2 apples", No, No, 0, 0},
         {"", No, No, 0, 0}, {".", No, No, 0, 0}, {"e5", No, No, 0, 0}, {"1e+", No, No, 0, 0},
         {"0x1A", No, No, 0, 0},
         // Fortran's D and Julia's f exponents and the named values: printed matrices only.
@@ -93,6 +93,13 @@ TEST(NumberShape, EachReaderTakesItsOwnForms) {
         EXPECT_EQ(HasNumberShape(text, PrintedNumberSyntax('.')), printedPoint);
         EXPECT_EQ(HasNumberShape(text, PrintedNumberSyntax(',')), printedComma);
     }
+}
+
+TEST(NumberShape, TrimDropsBlanksAndLineBreaksAtEitherEnd) {
+    const std::pair<std::string, std::string> trims[] = {
+        {" \t\f\v\r\n1 \t 2\n\r ", "1 \t 2"}, {"\n \n", ""}, {"\xC2\xA0x\x01", "\xC2\xA0x\x01"}};
+    for (const auto& [text, trimmed] : trims)
+        EXPECT_EQ(Trim(text), trimmed) << '"' << text << '"';
 }
 
 }  // namespace
