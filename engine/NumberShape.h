@@ -4,9 +4,9 @@
 // A number has an optional sign, digits with at most one decimal separator, and an
 // optional exponent (a letter, an optional sign, digits). Which separators and exponent
 // letters count, and whether the named values Inf and NaN do, depends on who reads it:
-// an export takes the result sheet's own forms ("1E-05", "-2.5", "0,333333333333333" with
-// a regional ","), a printed matrix pasted in also Fortran's "1D-3", Julia's "1.5f-3",
-// "Inf", "NaN" and R's "NA".
+// a cell of the grid or an export takes the result sheet's own forms ("1E-05", "-2.5",
+// "0,333333333333333" with a regional ","), a printed matrix pasted in also Fortran's
+// "1D-3", Julia's "1.5f-3", "Inf", "NaN" and R's "NA".
 
 #include <optional>
 #include <string_view>
