@@ -1,5 +1,6 @@
 #include "NumberShape.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -7,49 +8,70 @@
 
 namespace {
 
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t';
-}
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Checks the shape of a number text before std::from_chars reads it: from_chars on its own
-// would also take "inf", "nan" and "infinity".
-bool HasNumberShape(std::string_view s, char separator) {
-    std::size_t i = 0;
-    if (i < s.size() && (s[i] == '+' || s[i] == '-')) ++i;
-    bool digits = false;
-    bool separatorSeen = false;
-    for (; i < s.size(); ++i) {
-        if (IsDigit(s[i])) {
-            digits = true;
-        } else if ((s[i] == '.' || s[i] == separator) && !separatorSeen) {
-            separatorSeen = true;
-        } else {
-            break;
-        }
-    }
-    if (!digits) return false;
-    if (i == s.size()) return true;
-    if (s[i] != 'E' && s[i] != 'e') return false;
-    ++i;
-    if (i < s.size() && (s[i] == '+' || s[i] == '-')) ++i;
-    if (i == s.size()) return false;
-    for (; i < s.size(); ++i) {
-        if (!IsDigit(s[i])) return false;
-    }
-    return true;
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, [](char x, char y) { return (x | 0x20) == (y | 0x20); });
+}
+
+bool IsNamedValue(std::string_view text) {
+    if (text == "NA") return true;  // R's missing value, never signed
+    if (!text.empty() && (text.front() == '+' || text.front() == '-')) text.remove_prefix(1);
+    return EqualsNoCase(text, "inf") || EqualsNoCase(text, "infinity") || EqualsNoCase(text, "nan");
 }
 
 }  // namespace
+
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\f' || c == '\v';
+}
+
+std::string_view Trim(std::string_view text) {
+    const auto space = [](char c) { return IsBlank(c) || c == '\n' || c == '\r'; };
+    while (!text.empty() && space(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && space(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+bool HasNumberShape(std::string_view text, const NumberSyntax& syntax) {
+    if (syntax.namedValues && IsNamedValue(text)) return true;
+    const std::size_t n = text.size();
+    std::size_t i = 0;
+    const auto sign = [&] {
+        if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
+    };
+    const auto digits = [&] {
+        const std::size_t from = i;
+        while (i < n && IsDigit(text[i]))
+            ++i;
+        return i - from;
+    };
+    sign();
+    std::size_t mantissa = digits();
+    if (i < n && syntax.decimalSeparators.find(text[i]) != std::string_view::npos) {
+        ++i;
+        mantissa += digits();
+    }
+    if (mantissa == 0) return false;
+    if (i < n && syntax.exponentLetters.find(text[i]) != std::string_view::npos) {
+        ++i;
+        sign();
+        if (digits() == 0) return false;
+    }
+    return i == n;
+}
 
 std::optional<double> CellNumber(std::string_view utf8, char decimalSeparator) {
     while (!utf8.empty() && IsBlank(utf8.front()))
         utf8.remove_prefix(1);
     while (!utf8.empty() && IsBlank(utf8.back()))
         utf8.remove_suffix(1);
-    if (!HasNumberShape(utf8, decimalSeparator == ',' ? ',' : '.')) return std::nullopt;
+    // std::from_chars on its own would also take "inf", "nan" and "infinity".
+    if (!HasNumberShape(utf8, {decimalSeparator == ',' ? ".," : ".", "Ee"})) return std::nullopt;
     // from_chars takes neither a leading "+" nor a "," separator: hand it a cleaned copy
     // when needed (a long text of hundreds of digits goes through a string).
     if (utf8.front() == '+') utf8.remove_prefix(1);

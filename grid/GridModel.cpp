@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "CellStore.h"
+#include "NumberShape.h"
 
 namespace {
 
@@ -28,33 +29,6 @@ struct Span {
     void Clear() { *this = Span{}; }
 };
 
-// Whether a cell's whole text reads as a plain decimal number, so that an input grid can
-// right-align it the way a spreadsheet does.
-bool LooksNumeric(std::string_view s) {
-    std::size_t i = 0;
-    while (i < s.size() && s[i] == ' ')
-        ++i;
-    if (i < s.size() && (s[i] == '-' || s[i] == '+')) ++i;
-    bool digits = false;
-    while (i < s.size() && s[i] >= '0' && s[i] <= '9')
-        ++i, digits = true;
-    if (i < s.size() && (s[i] == '.' || s[i] == ',')) ++i;
-    while (i < s.size() && s[i] >= '0' && s[i] <= '9')
-        ++i, digits = true;
-    if (!digits) return false;
-    if (i < s.size() && (s[i] == 'E' || s[i] == 'e')) {
-        ++i;
-        if (i < s.size() && (s[i] == '-' || s[i] == '+')) ++i;
-        bool exponent = false;
-        while (i < s.size() && s[i] >= '0' && s[i] <= '9')
-            ++i, exponent = true;
-        if (!exponent) return false;
-    }
-    while (i < s.size() && s[i] == ' ')
-        ++i;
-    return i == s.size();
-}
-
 std::uint64_t FormatKey(int row, int col) {
     return (std::uint64_t(std::uint32_t(row)) << 32) | std::uint32_t(col);
 }
@@ -72,6 +46,7 @@ struct GridModel::Storage {
     int topRow = 1;
     bool enabled = true;
     bool sheet = false;
+    char decimalSeparator = '.';
 
     // Changes not yet announced: data cells as a rectangle, headings as ranges.
     Span dirtyRows;
@@ -290,6 +265,13 @@ bool GridModel::SheetFlag() const {
     return d_->sheet;
 }
 
+void GridModel::SetDecimalSeparator(char separator) {
+    if (d_->decimalSeparator == separator) return;
+    d_->decimalSeparator = separator;
+    if (d_->rows > 1 && d_->cols > 1)
+        emit dataChanged(index(0, 0), index(d_->rows - 2, d_->cols - 2), {Qt::TextAlignmentRole});
+}
+
 void GridModel::SetSheetFlag(bool on) {
     if (d_->sheet == on) return;
     d_->sheet = on;
@@ -357,7 +339,8 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
         case Qt::TextAlignmentRole: {
             if (d_->sheet) return int(Qt::AlignLeft | Qt::AlignVCenter);
             if (CellFormat(row, col) == kHeadingFormat) return int(Qt::AlignCenter);
-            const bool number = LooksNumeric(CellUtf8(row, col));
+            // A number right-aligns as a spreadsheet shows it, read as the exports read it.
+            const bool number = CellNumber(CellUtf8(row, col), d_->decimalSeparator).has_value();
             return int((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
         }
         case Qt::FontRole:

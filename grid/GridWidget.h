@@ -45,6 +45,7 @@ public:
     bool Enabled() const { return Model().Enabled(); }
     void SetEnabled(bool enabled) { Model().SetEnabled(enabled); }
     void SetSheetFlag(bool on) { Model().SetSheetFlag(on); }
+    void SetDecimalSeparator(char separator) { Model().SetDecimalSeparator(separator); }
 
     // Ends the cell edit in progress, keeping what was typed. Every command that reads or
     // changes the grid does this first: the edit commands, the exports and a new size.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "NumberShape.h"
+
 namespace TableText {
 
 namespace {

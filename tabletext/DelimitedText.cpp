@@ -17,7 +17,8 @@ void AppendQuoted(std::string& out, std::string_view text) {
     out.push_back('"');
 }
 
-bool IsBlank(char c) {
+// The blanks that a CSV field may have around it, trimmed when it is read.
+bool IsSpaceOrTab(char c) {
     return c == ' ' || c == '\t';
 }
 
@@ -45,7 +46,7 @@ TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks,
     for (;;) {
         std::size_t start = pos;
         if (trimBlanks)
-            while (start < size && IsBlank(text[start]) && text[start] != separator)
+            while (start < size && IsSpaceOrTab(text[start]) && text[start] != separator)
                 ++start;
         bool quoted = false;
         if (start < size && text[start] == '"' && !noClosingQuote) {
@@ -66,7 +67,7 @@ TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks,
             if (close != std::string_view::npos) {
                 std::size_t after = close + 1;
                 if (trimBlanks)
-                    while (after < size && IsBlank(text[after]) && text[after] != separator)
+                    while (after < size && IsSpaceOrTab(text[after]) && text[after] != separator)
                         ++after;
                 if (after == size || stopSet.find(text[after]) != std::string_view::npos) {
                     std::size_t piece = start + 1;
@@ -89,7 +90,7 @@ TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks,
             if (end == std::string_view::npos) end = size;
             std::string_view field = text.substr(start, end - start);
             if (trimBlanks)
-                while (!field.empty() && IsBlank(field.back()))
+                while (!field.empty() && IsSpaceOrTab(field.back()))
                     field.remove_suffix(1);
             table.Append(field);
             pos = end;

@@ -6,7 +6,8 @@ namespace {
 constexpr std::string_view Replacement = "\xEF\xBF\xBD";  // U+FFFD
 }
 
-void AppendHtmlEscaped(std::string& out, std::string_view text) {
+void AppendHtmlEscaped(std::string& out, std::string_view text, LineBreaks lineBreaks) {
+    const bool breaksAsBr = lineBreaks == LineBreaks::AsBr;
     std::size_t run = 0;  // start of the stretch that needs no escaping
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto c = static_cast<unsigned char>(text[i]);
@@ -20,9 +21,13 @@ void AppendHtmlEscaped(std::string& out, std::string_view text) {
             replacement = "&gt;";
         } else if (c == '"') {
             replacement = "&quot;";
+        } else if (c == '\n') {
+            if (!breaksAsBr) continue;
+            replacement = "<br>";
         } else if (c == '\r') {
-            replacement = "&#13;";
-        } else if (c < 0x20 && c != '\t' && c != '\n') {
+            replacement = breaksAsBr ? "<br>" : "&#13;";
+            if (breaksAsBr && i + 1 < text.size() && text[i + 1] == '\n') skip = 2;
+        } else if (c < 0x20 && c != '\t') {
             replacement = Replacement;
         } else if (c == 0xEF && i + 2 < text.size() && text[i + 1] == '\xBF' &&
                    (text[i + 2] == '\xBE' || text[i + 2] == '\xBF')) {

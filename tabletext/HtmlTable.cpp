@@ -5,6 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "HtmlEscape.h"
+#include "Utf8.h"
+
 namespace TableText {
 
 namespace {
@@ -23,25 +26,6 @@ std::size_t FindNoCase(std::string_view text, std::string_view word, std::size_t
     for (std::size_t at = from; at + word.size() <= text.size(); ++at)
         if (StartsWithNoCase(text, at, word)) return at;
     return std::string_view::npos;
-}
-
-void AppendUtf8(std::string& out, char32_t code) {
-    if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = 0xFFFD;
-    if (code < 0x80) {
-        out.push_back(static_cast<char>(code));
-    } else if (code < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (code >> 6)));
-        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-    } else if (code < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (code >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (code >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
-    }
 }
 
 // Decodes one character reference starting at '&'; answers how many bytes it used (0 when
@@ -68,7 +52,7 @@ std::size_t DecodeReference(std::string_view text, std::size_t at, std::string& 
             code = std::min<std::uint32_t>(
                 code * (hex ? 16 : 10) + static_cast<std::uint32_t>(digit), 0x110000);
         }
-        AppendUtf8(out, code == 0xA0 ? U' ' : code);
+        Utf8::Append(out, code == 0xA0 ? U' ' : code);
         return semicolon - at + 1;
     }
     static constexpr std::pair<std::string_view, char> kNamed[] = {
@@ -208,29 +192,7 @@ std::string EncodeHtml(const TextTable& table) {
         out += "<tr>";
         for (int col = 0; col < table.Cols(); ++col) {
             out += "<td>";
-            for (char c : table.Cell(row, col)) {
-                switch (c) {
-                    case '&':
-                        out += "&amp;";
-                        break;
-                    case '<':
-                        out += "&lt;";
-                        break;
-                    case '>':
-                        out += "&gt;";
-                        break;
-                    case '"':
-                        out += "&quot;";
-                        break;
-                    case '\n':
-                        out += "<br>";
-                        break;
-                    case '\r':
-                        break;
-                    default:
-                        out.push_back(c);
-                }
-            }
+            AppendHtmlEscaped(out, table.Cell(row, col), LineBreaks::AsBr);
             out += "</td>";
         }
         out += "</tr>\n";

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "NumberShape.h"  // IsBlank and Trim, which every family parser uses
 #include "TextTable.h"
 
 namespace MatrixText::Parts {
@@ -17,8 +18,8 @@ namespace MatrixText::Parts {
 // pieces of Unicode bracket art as "[" and "]". Nothing when the text has none of them.
 std::optional<std::string> NormaliseTypography(std::string_view text);
 
-// A number as the grid reads one: sign, digits, a decimal point, an exponent (E, D, or
-// Julia's f), or Inf, NaN and NA; also a fraction of two integers such as -1/2.
+// A number as a printed matrix writes one (PrintedNumberSyntax with a decimal point: an
+// exponent E, D or Julia's f, or Inf, NaN and NA); also a fraction of two integers (-1/2).
 bool IsNumber(std::string_view token);
 // The same with a comma between digits as the decimal separator (1,5).
 bool IsDecimalCommaNumber(std::string_view token);
@@ -31,8 +32,6 @@ inline bool Recognised(const TextTable& table) {
     return table.RowsRead() > 0;
 }
 
-bool IsBlank(char c);
-std::string_view Trim(std::string_view text);
 bool StartsWith(std::string_view text, std::string_view prefix);
 // The lines of a text, without their line ends ("\n", "\r\n" or "\r").
 std::vector<std::string_view> Lines(std::string_view text);

@@ -4,41 +4,13 @@
 #include <cmath>
 
 #include "MatrixTextParts.h"
+#include "NumberShape.h"
 #include "NumberText.h"
+#include "Utf8.h"
 
 namespace MatrixText::Parts {
 
 namespace {
-
-// The character that starts at text[at], with its length in bytes; a byte that does not
-// start a well-formed UTF-8 sequence is read as U+FFFD and takes one byte.
-char32_t Decode(std::string_view text, std::size_t at, std::size_t& length) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(at);
-    length = 1;
-    if (first < 0x80) return first;
-    std::size_t count;
-    char32_t code;
-    if ((first & 0xE0) == 0xC0) {
-        count = 2;
-        code = first & 0x1F;
-    } else if ((first & 0xF0) == 0xE0) {
-        count = 3;
-        code = first & 0x0F;
-    } else if ((first & 0xF8) == 0xF0) {
-        count = 4;
-        code = first & 0x07;
-    } else {
-        return 0xFFFD;
-    }
-    if (at + count > text.size()) return 0xFFFD;
-    for (std::size_t i = 1; i < count; ++i) {
-        if ((byte(at + i) & 0xC0) != 0x80) return 0xFFFD;
-        code = (code << 6) | (byte(at + i) & 0x3F);
-    }
-    length = count;
-    return code;
-}
 
 // The plain character a typographic one stands for, or 0 when it stands for itself.
 char PlainFor(char32_t code) {
@@ -106,7 +78,7 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
     std::size_t length = 0;
     const auto skipBlanks = [&] {
         while (at < text.size()) {
-            const char32_t code = Decode(text, at, length);
+            const char32_t code = Utf8::Decode(text, at, length);
             if (code != ' ' && PlainFor(code) != ' ') break;
             at += length;
         }
@@ -119,7 +91,7 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
         if (at < text.size() && text[at] != '^') {
             // Superscript exponent: ⁻³
             while (at < text.size()) {
-                const char32_t code = Decode(text, at, length);
+                const char32_t code = Utf8::Decode(text, at, length);
                 const int digit = SuperscriptDigit(code);
                 if (digit >= 0)
                     exponent.push_back(static_cast<char>('0' + digit));
@@ -140,7 +112,7 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
         ++at;
     }
     if (at < text.size()) {
-        const char32_t code = Decode(text, at, length);
+        const char32_t code = Utf8::Decode(text, at, length);
         if (code == '+' || code == '-' || PlainFor(code) == '-') {
             exponent.push_back(code == '+' ? '+' : '-');
             at += length;
@@ -155,42 +127,6 @@ std::size_t MatchPowerOfTen(std::string_view text, std::size_t at, bool afterCar
         ++at;
     }
     return at;
-}
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return (x | 0x20) == (y | 0x20);
-           });
-}
-
-// Sign, digits with one decimal separator, optional exponent; or one of the named values.
-bool ScanNumber(std::string_view token, char decimal) {
-    std::size_t i = 0;
-    const std::size_t n = token.size();
-    if (i < n && (token[i] == '+' || token[i] == '-')) ++i;
-    const std::string_view rest = token.substr(i);
-    if (EqualsNoCase(rest, "inf") || EqualsNoCase(rest, "infinity") || EqualsNoCase(rest, "nan"))
-        return true;
-    if (i == 0 && rest == "NA") return true;
-    const auto digits = [&] {
-        const std::size_t from = i;
-        while (i < n && token[i] >= '0' && token[i] <= '9')
-            ++i;
-        return i - from;
-    };
-    std::size_t mantissa = digits();
-    if (i < n && token[i] == decimal) {
-        ++i;
-        mantissa += digits();
-    }
-    if (mantissa == 0) return false;
-    if (i < n && (token[i] == 'e' || token[i] == 'E' || token[i] == 'd' || token[i] == 'D' ||
-                  token[i] == 'f')) {
-        ++i;
-        if (i < n && (token[i] == '+' || token[i] == '-')) ++i;
-        if (digits() == 0) return false;
-    }
-    return i == n;
 }
 
 // -1/2: an integer over an integer.
@@ -243,7 +179,7 @@ std::optional<std::string> NormaliseTypography(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size()) {
         std::size_t length = 0;
-        char32_t code = Decode(text, at, length);
+        char32_t code = Utf8::Decode(text, at, length);
         if (code == '\\' && (text.substr(at, 6) == "\\times" || text.substr(at, 5) == "\\cdot")) {
             code = 0xD7;
             length = text[at + 1] == 't' ? 6 : 5;
@@ -280,11 +216,12 @@ std::optional<std::string> NormaliseTypography(std::string_view text) {
 
 bool IsNumber(std::string_view token) {
     std::string_view top, bottom;
-    return ScanNumber(token, '.') || SplitFraction(token, top, bottom);
+    return HasNumberShape(token, PrintedNumberSyntax('.')) || SplitFraction(token, top, bottom);
 }
 
 bool IsDecimalCommaNumber(std::string_view token) {
-    return token.find(',') != std::string_view::npos && ScanNumber(token, ',');
+    return token.find(',') != std::string_view::npos &&
+           HasNumberShape(token, PrintedNumberSyntax(','));
 }
 
 void AddEntry(TextTable& table, std::string_view token, double factor) {
@@ -303,7 +240,7 @@ void AddEntry(TextTable& table, std::string_view token, double factor) {
         return;
     }
     const bool decimalComma = IsDecimalCommaNumber(token);
-    if (!decimalComma && !ScanNumber(token, '.')) {
+    if (!decimalComma && !HasNumberShape(token, PrintedNumberSyntax('.'))) {
         table.AddCell(token);
         return;
     }
@@ -319,19 +256,6 @@ void AddEntry(TextTable& table, std::string_view token, double factor) {
         previous = c;
     }
     table.EndCell();
-}
-
-bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\f' || c == '\v';
-}
-
-std::string_view Trim(std::string_view text) {
-    const auto space = [](char c) { return IsBlank(c) || c == '\n' || c == '\r'; };
-    while (!text.empty() && space(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && space(text.back()))
-        text.remove_suffix(1);
-    return text;
 }
 
 bool StartsWith(std::string_view text, std::string_view prefix) {

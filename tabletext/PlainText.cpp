@@ -3,6 +3,7 @@
 #include "BracketMatrix.h"
 #include "DelimitedText.h"
 #include "MatrixText.h"
+#include "NumberShape.h"
 
 namespace TableText {
 

@@ -89,18 +89,3 @@ TextTable TextTable::FromVectors(const std::vector<std::vector<std::string>>& ro
     }
     return table;
 }
-
-namespace TableText {
-
-std::string_view Trim(std::string_view text) {
-    const auto blank = [](char c) {
-        return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
-    };
-    while (!text.empty() && blank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && blank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
-}  // namespace TableText

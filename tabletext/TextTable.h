@@ -80,10 +80,3 @@ private:
     int firstRowCells_ = 0;  // the length of the first row, once it has ended
     bool uneven_ = false;    // a row that has ended differed from the first in length
 };
-
-namespace TableText {
-
-// The text without the blanks and line breaks around it.
-std::string_view Trim(std::string_view text);
-
-}  // namespace TableText

@@ -118,6 +118,8 @@ int ShiftState(Qt::KeyboardModifiers modifiers) {
 frmMatrix::frmMatrix(Platform& platform, QWidget* parent)
     : QMainWindow(parent), platform_(platform) {
     SetupForm();
+    for (GridWidget* grid : {Grid1, Grid2, Grid3})
+        grid->SetDecimalSeparator(platform_.DecimalSeparator());
     sheet_ = std::make_unique<ResultSheet>(Grid3->Model(), operands_, platform_.DecimalSeparator());
     ConnectHandlers();
 

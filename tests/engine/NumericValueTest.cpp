@@ -1,9 +1,12 @@
 // Reading numbers from texts: NumericValue and ReadDimension, with the decisions on texts
-// that stop early (see NumericValue.cpp).
+// that stop early (see NumericValue.cpp); which whole texts each reader takes for a number,
+// and the blanks around a text (NumberShape.h).
 
+#include <optional>
 #include <string>
 
 #include "EngineTestSupport.h"
+#include "NumberShape.h"
 #include "NumericValue.h"
 
 namespace {
@@ -55,6 +58,48 @@ TEST(NumericValueAndReadDimension, RaiseOverflowBeyondTheirRange) {
         EXPECT_EQ(ErrorOf([&] { NumericValue(text); }), 6) << text;
     for (const char* text : {"32768", "-32768.5", "-32769", "1E10", "1E400"})
         EXPECT_EQ(ErrorOf([&] { ReadDimension(text); }), 6) << text;
+}
+
+// A text as a cell's number with "." and with "," as the user's separator (CellNumber: the
+// grid's alignment and the exports), and as a printed matrix's entry with "." and with ","
+// as its decimal separator (the paste readers).
+struct Shape {
+    std::string text;
+    std::optional<double> point, comma;
+    bool printedPoint, printedComma;
+};
+
+TEST(NumberShape, EachReaderTakesItsOwnForms) {
+    constexpr std::nullopt_t No = std::nullopt;
+    // clang-format off
+    const Shape shapes[] = {
+        {"1E-05", 1e-5, 1e-5, 1, 1}, {"-2.5", -2.5, -2.5, 1, 0}, {"+.5", .5, .5, 1, 0},
+        {"5.", 5, 5, 1, 0}, {"1,5", No, 1.5, 0, 1}, {"-1,5e+2", No, -150, 0, 1},
+        {"1,5,0", No, No, 0, 0}, {"1.5,0", No, No, 0, 0}, {"1E400", No, No, 1, 1},
+        {"0," + std::string(80, '0') + "1", No, 1e-81, 0, 1},  // longer than the stack copy
+        // Blanks around a cell's number, but no line breaks; a printed entry is a bare token.
+        {" \t\f\v42\t ", 42, 42, 0, 0}, {"42\n", No, No, 0, 0}, {"2 apples", No, No, 0, 0},
+        {"", No, No, 0, 0}, {".", No, No, 0, 0}, {"e5", No, No, 0, 0}, {"1e+", No, No, 0, 0},
+        {"0x1A", No, No, 0, 0},
+        // Fortran's D and Julia's f exponents and the named values: printed matrices only.
+        {"1D-3", No, No, 1, 1}, {"1.5f-3", No, No, 1, 0}, {"1F3", No, No, 0, 0},
+        {"inf", No, No, 1, 1}, {"-Infinity", No, No, 1, 1}, {"+NaN", No, No, 1, 1},
+        {"NA", No, No, 1, 1}, {"-NA", No, No, 0, 0}, {"na", No, No, 0, 0}};
+    // clang-format on
+    for (const auto& [text, point, comma, printedPoint, printedComma] : shapes) {
+        SCOPED_TRACE('"' + text + '"');
+        EXPECT_EQ(CellNumber(text, '.'), point);
+        EXPECT_EQ(CellNumber(text, ','), comma);
+        EXPECT_EQ(HasNumberShape(text, PrintedNumberSyntax('.')), printedPoint);
+        EXPECT_EQ(HasNumberShape(text, PrintedNumberSyntax(',')), printedComma);
+    }
+}
+
+TEST(NumberShape, TrimDropsBlanksAndLineBreaksAtEitherEnd) {
+    const std::pair<std::string, std::string> trims[] = {
+        {" \t\f\v\r\n1 \t 2\n\r ", "1 \t 2"}, {"\n \n", ""}, {"\xC2\xA0x\x01", "\xC2\xA0x\x01"}};
+    for (const auto& [text, trimmed] : trims)
+        EXPECT_EQ(Trim(text), trimmed) << '"' << text << '"';
 }
 
 }  // namespace

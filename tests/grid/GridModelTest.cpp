@@ -69,7 +69,7 @@ TEST(GridModelTest, ItemsAndHeadersMapOntoCells) {
     grid.SetCellText(0, 2, "2");
     grid.SetCellText(3, 0, "3");
     grid.SetCellText(3, 2, "12.5");
-    grid.SetCellText(4, 2, "abc");
+    grid.SetCellText(4, 2, "1,5");
     EXPECT_EQ(grid.headerData(1, Qt::Horizontal).toString(), "2");
     EXPECT_EQ(grid.headerData(2, Qt::Vertical).toString(), "3");
     EXPECT_EQ(grid.data(grid.index(2, 1)).toString(), "12.5");
@@ -79,6 +79,8 @@ TEST(GridModelTest, ItemsAndHeadersMapOntoCells) {
                Qt::AlignHorizontal_Mask;
     };
     EXPECT_EQ(std::make_pair(align(2), align(3)), std::make_pair(+Qt::AlignRight, +Qt::AlignLeft));
+    grid.SetDecimalSeparator(',');  // numbers as the exports take them: "1,5" is one now
+    EXPECT_EQ(align(3), Qt::AlignRight);
     grid.SetSheetFlag(true);  // a report: everything left-aligned
     EXPECT_EQ(align(2), Qt::AlignLeft);
 

@@ -1,15 +1,18 @@
 // Tables of texts read from what spreadsheets and other programs put on the clipboard: each
-// format's reader, bounded reading, and what the grid writes read back.
+// format's reader, bounded reading, and what the grid writes read back; the characters of
+// UTF-8 text and their HTML escapes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "BracketMatrix.h"
 #include "DelimitedText.h"
+#include "HtmlEscape.h"
 #include "HtmlTable.h"
 #include "NamedRows.h"
 #include "PlainText.h"
 #include "SampleTexts.h"
+#include "Utf8.h"
 
 namespace {
 
@@ -98,6 +101,51 @@ TEST(ClipboardEncoding, TsvAndHtmlTableReadBack) {
     expected[1][0] = "tab here";  // white space inside a cell collapses, as in a browser
     expected[2][2] = "spaced";
     EXPECT_EQ(back, expected);
+}
+
+// A text's first character as Decode reads it (an ill-formed byte as U+FFFD, taking one
+// byte) and as Append writes it back; codes that UTF-8 cannot hold are written as U+FFFD.
+TEST(Utf8, DecodesOneCharacterAndAppendsItBack) {
+    const auto appended = [](char32_t code) {
+        std::string written;
+        Utf8::Append(written, code);
+        return written;
+    };
+    // clang-format off
+    const std::tuple<std::string_view, char32_t, std::size_t> characters[] = {
+        {"A", U'A', 1}, {"\xC3\xA9", 0xE9, 2}, {"\xE2\x82\xAC", 0x20AC, 3},
+        {"\xF4\x8F\xBF\xBF", 0x10FFFF, 4},
+        // A stray continuation byte, a cut and a broken sequence, overlong forms, a surrogate,
+        // beyond U+10FFFF, a byte that starts no sequence.
+        {"\x80", 0xFFFD, 1}, {"\xE2\x82", 0xFFFD, 1}, {"\xC3(", 0xFFFD, 1}, {"\xC0\xAF", 0xFFFD, 1},
+        {"\xE0\x80\xAF", 0xFFFD, 1}, {"\xED\xA0\x80", 0xFFFD, 1}, {"\xF4\x90\x80\x80", 0xFFFD, 1},
+        {"\xFF", 0xFFFD, 1}};
+    // clang-format on
+    for (const auto& [text, code, length] : characters) {
+        std::size_t read = 0;
+        EXPECT_EQ(std::make_pair(Utf8::Decode(text, 0, read), read), std::make_pair(code, length));
+        EXPECT_EQ(appended(code), code == 0xFFFD ? "\uFFFD" : text);
+    }
+    for (const char32_t code : {0x0u, 0xD800u, 0xDFFFu, 0x110000u})
+        EXPECT_EQ(appended(code), "\uFFFD") << static_cast<unsigned>(code);
+}
+
+// The web page and the XML keep line breaks as they are; the clipboard's HTML table shows
+// each as <br>. Characters that XML cannot hold become U+FFFD in both.
+TEST(HtmlEscape, EscapesMarkupAndWritesLineBreaksAsChosen) {
+    const std::tuple<std::string_view, std::string_view, std::string_view> escapes[] = {
+        {"<b> & \"c\" 'd'\t\xC3\xA9", "&lt;b&gt; &amp; &quot;c&quot; 'd'\t\xC3\xA9",
+         "&lt;b&gt; &amp; &quot;c&quot; 'd'\t\xC3\xA9"},
+        {"1\r\n2\r3\n\n4\r", "1&#13;\n2&#13;3\n\n4&#13;", "1<br>2<br>3<br><br>4<br>"},
+        {"\x07\x1F\xEF\xBF\xBE\xEF\xBF\xBF", "\uFFFD\uFFFD\uFFFD\uFFFD",
+         "\uFFFD\uFFFD\uFFFD\uFFFD"}};
+    for (const auto& [text, kept, asBr] : escapes) {
+        std::string files, clipboard;
+        AppendHtmlEscaped(files, text);
+        AppendHtmlEscaped(clipboard, text, LineBreaks::AsBr);
+        EXPECT_EQ(files, kept);
+        EXPECT_EQ(clipboard, asBr);
+    }
 }
 
 }  // namespace
