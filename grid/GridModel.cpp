@@ -81,11 +81,10 @@ struct GridModel::Storage {
     bool flushQueued = false;
 };
 
-GridModel::GridModel(QObject* parent) : QAbstractTableModel(parent), d_(new Storage) {}
+GridModel::GridModel(QObject* parent)
+    : QAbstractTableModel(parent), d_(std::make_unique<Storage>()) {}
 
-GridModel::~GridModel() {
-    delete d_;
-}
+GridModel::~GridModel() = default;
 
 int GridModel::Rows() const {
     return d_->rows;

@@ -13,6 +13,7 @@
 #include <QAbstractTableModel>
 #include <QString>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 class GridModel : public QAbstractTableModel {
@@ -116,5 +117,5 @@ private:
     // Delivers the gathered notifications when the event loop comes back.
     void QueueFlush();
     struct Storage;
-    Storage* d_;
+    std::unique_ptr<Storage> d_;
 };

@@ -315,8 +315,8 @@ void GridWidget::Parts::Commit(const QModelIndex& index, const QString& text) {
     const int row = index.row() + 1;
     const int col = index.column() + 1;
     if (model.CellText(row, col) == text) return;
-    PushEdit(undo, new CellBlockCommand(model, QRect(col, row, 1, 1),
-                                        CellBlock::Filled(text.toStdString())));
+    PushEdit(undo, std::make_unique<CellBlockCommand>(model, QRect(col, row, 1, 1),
+                                                      CellBlock::Filled(text.toStdString())));
 }
 
 void GridWidget::Parts::ApplyColumnWidth(int col, int width) {
@@ -383,7 +383,7 @@ void GridWidget::Parts::FollowScroll() {
     followingScroll = false;
 }
 
-GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(new Parts) {
+GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(std::make_unique<Parts>()) {
     Parts& p = *p_;
     p.self = this;
     p.view = new GridView(this);
@@ -492,10 +492,9 @@ GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(new Parts) {
     }
 }
 
+// The view goes before the model it shows, which p_ holds.
 GridWidget::~GridWidget() {
-    // The view goes before the model it shows.
     delete p_->view;
-    delete p_;
 }
 
 GridModel& GridWidget::Model() {

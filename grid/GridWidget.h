@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <memory>
 
 #include "GridModel.h"
 #include "GridSelection.h"
@@ -64,5 +65,5 @@ signals:
 
 private:
     struct Parts;
-    Parts* p_;
+    std::unique_ptr<Parts> p_;
 };
