@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int kHeadingFormat = 10;
 // Cells further out than this are never stored: a write there is ignored.
 constexpr int kMaxIndex = 1 << 24;
 
@@ -355,12 +354,12 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
             return CellText(row, col);
         case Qt::TextAlignmentRole: {
             if (d_->sheet) return int(Qt::AlignLeft | Qt::AlignVCenter);
-            if (CellFormat(row, col) == kHeadingFormat) return int(Qt::AlignCenter);
+            if (CellFormat(row, col) == HeadingFormat) return int(Qt::AlignCenter);
             const bool number = LooksNumeric(CellUtf8(row, col));
             return int((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
         }
         case Qt::FontRole:
-            if (!d_->sheet && CellFormat(row, col) == kHeadingFormat) {
+            if (!d_->sheet && CellFormat(row, col) == HeadingFormat) {
                 QFont bold;
                 bold.setBold(true);
                 return bold;
@@ -392,7 +391,7 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
         case Qt::TextAlignmentRole:
             return int(Qt::AlignCenter);
         case Qt::FontRole:
-            if (!d_->sheet && CellFormat(row, col) == kHeadingFormat) {
+            if (!d_->sheet && CellFormat(row, col) == HeadingFormat) {
                 QFont bold;
                 bold.setBold(true);
                 return bold;

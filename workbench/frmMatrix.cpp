@@ -47,8 +47,6 @@ const char* const TypedText = "typedText";
 
 // Data columns of the grids are this wide, in the grid's own unit.
 constexpr int DataColumnWidth = 60;
-// Heading cells carry this display code.
-constexpr int HeadingFormat = 10;
 
 double ValueOf(const QString& text) {
     const QByteArray utf8 = text.toUtf8();
@@ -62,13 +60,13 @@ std::int16_t DimensionOf(const QLineEdit* box) {
 
 // The heading cells of a grid's top row and left column carry their numbers.
 void NumberColumnHeading(GridWidget& grid, std::int16_t col) {
-    grid.SetCellFormat(0, col, HeadingFormat);
+    grid.SetCellFormat(0, col, GridModel::HeadingFormat);
     grid.SetCellText(0, col, QString::number(col));
 }
 
 void NumberRowHeadings(GridWidget& grid) {
     Checked::For(1, Count(grid.Rows() - 1), [&](std::int16_t row) {
-        grid.SetCellFormat(row, 0, HeadingFormat);
+        grid.SetCellFormat(row, 0, GridModel::HeadingFormat);
         grid.SetCellText(row, 0, QString::number(row));
     });
 }
