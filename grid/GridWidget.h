@@ -4,6 +4,7 @@
 // RowHeight(0). It offers the selection with the clipboard, and the mouse-button event on
 // which the window opens its context menu.
 
+#include <QPointF>
 #include <QString>
 #include <QWidget>
 #include <memory>
@@ -58,10 +59,10 @@ public:
     QUndoStack& UndoStack();
 
 signals:
-    // A mouse button went down on the grid: button 1 left, 2 right, 4 middle; shift state
-    // 1 Shift, 2 Ctrl, 4 Alt; x and y from the grid's top-left corner, in the unit of the
-    // column widths and row heights. A disabled grid raises none.
-    void MouseDown(int button, int shift, float x, float y);
+    // A mouse button went down on the grid, with these keys held; the position is taken
+    // from the grid's top-left corner, in the unit of the column widths and row heights. A
+    // disabled grid raises none.
+    void MouseDown(Qt::MouseButton button, Qt::KeyboardModifiers modifiers, QPointF position);
 
 private:
     struct Parts;

@@ -106,11 +106,6 @@ bool IsFocusKey(const QKeyEvent& key) {
            !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
 }
 
-int ShiftState(Qt::KeyboardModifiers modifiers) {
-    return (modifiers & Qt::ShiftModifier ? 1 : 0) | (modifiers & Qt::ControlModifier ? 2 : 0) |
-           (modifiers & Qt::AltModifier ? 4 : 0);
-}
-
 }  // namespace
 
 frmMatrix::frmMatrix(Platform& platform, QWidget* parent)
@@ -184,10 +179,17 @@ void frmMatrix::ConnectHandlers() {
     connect(Combo1, &QComboBox::currentIndexChanged, this,
             [this] { Guarded([this] { Combo1_Click(); }); });
 
+    // The grids report the button and the keys held as the toolkit names them; the
+    // handlers take their numbers.
     auto mouse = [this](GridWidget* grid, void (frmMatrix::*handler)(int, int, float, float)) {
         connect(grid, &GridWidget::MouseDown, this,
-                [this, handler](int button, int shift, float x, float y) {
-                    Guarded([&] { (this->*handler)(button, shift, x, y); });
+                [this, handler](Qt::MouseButton button, Qt::KeyboardModifiers keys, QPointF at) {
+                    Guarded([&] {
+                        const int Button = KeyCodes::ButtonCode(button);
+                        if (Button == 0) return;  // a button without a number raises nothing
+                        (this->*handler)(Button, KeyCodes::ShiftCode(keys),
+                                         static_cast<float>(at.x()), static_cast<float>(at.y()));
+                    });
                 });
     };
     mouse(Grid1, &frmMatrix::Grid1_MouseDown);
@@ -255,7 +257,7 @@ bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
     }
     if (key->isAutoRepeat()) return false;  // a held key is released once, at the end
     int code = KeyCodes::VirtualKey(*key);
-    const int shift = ShiftState(key->modifiers());
+    const int shift = KeyCodes::ShiftCode(key->modifiers());
     Guarded([&] {
         switch (box) {
             case 0:

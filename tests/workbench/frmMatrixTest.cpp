@@ -116,26 +116,33 @@ TEST_F(WindowTest, MenuBarHoldsComputeBetweenFileAndHelp) {
     EXPECT_FALSE(window->isVisible());
 }
 
-// (button, x and y past the headings' far edges) -> whether the context menu opens.
-class GridMenuTest : public WindowTest,
-                     public ::testing::WithParamInterface<std::tuple<int, float, float, bool>> {};
+// A mouse button pressed on a grid (1 to 3) with keys held, at a point of its cells' area,
+// whose left and top edges are the headings' far edges -> whether a menu opens; it must be
+// the grid's own, whose Delete clears the cell under the pointer.
+using GridClick = std::tuple<int, Qt::MouseButton, Qt::KeyboardModifier, int, int, bool>;
+class GridMenuTest : public WindowTest, public ::testing::WithParamInterface<GridClick> {};
 
 TEST_P(GridMenuTest, OpensOnlyForTheRightButtonInsideTheCells) {
-    const auto [button, dx, dy, opens] = GetParam();
-    GridWidget& grid = *window->Grid1;
-    emit grid.MouseDown(button, 1, grid.Column(0).Width() + dx, grid.RowHeight(0) + dy);
-    ASSERT_EQ(platform.Count("PopupMenu"), opens ? 1 : 0);
-    if (opens) {
-        EXPECT_EQ(platform.Calls().back().args, QStringList{"mnuG1E"});
-    }
+    const auto [g, button, keys, x, y, opens] = GetParam();
+    window->show();
+    auto* grid = window->findChild<GridWidget*>(QString("Grid%1").arg(g));
+    grid->SetCellText(1, 1, "x");
+    platform.onPopup = [](QMenu& menu) { menu.actions().back()->trigger(); };
+    QTest::mousePress(grid->View().viewport(), button, keys, QPoint(x, y));
+    EXPECT_EQ(platform.Count("PopupMenu"), opens ? 1 : 0);
+    EXPECT_EQ(grid->CellText(1, 1), opens ? "" : "x");
 }
 
-INSTANTIATE_TEST_SUITE_P(Clicks, GridMenuTest,
-                         ::testing::Values(std::tuple(2, 0.5f, 0.5f, true),
-                                           std::tuple(2, 0.0f, 5.0f, false),
-                                           std::tuple(2, 5.0f, 0.0f, false),
-                                           std::tuple(1, 5.0f, 5.0f, false),
-                                           std::tuple(4, 5.0f, 5.0f, false)));
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Clicks, GridMenuTest, ::testing::Values(
+    std::tuple(1, Qt::RightButton, Qt::NoModifier, 1, 1, true),
+    std::tuple(2, Qt::RightButton, Qt::ControlModifier, 5, 5, true),
+    std::tuple(3, Qt::RightButton, Qt::NoModifier, 1, 1, true),
+    std::tuple(1, Qt::RightButton, Qt::NoModifier, 0, 5, false),
+    std::tuple(2, Qt::RightButton, Qt::NoModifier, 5, 0, false),
+    std::tuple(1, Qt::LeftButton, Qt::NoModifier, 5, 5, false),
+    std::tuple(3, Qt::MiddleButton, Qt::NoModifier, 5, 5, false)));
+// clang-format on
 
 TEST_F(WindowTest, WorkbookExportAsksBeforeReplacingThenConfirms) {
     const QString path = QDir::temp().filePath("kelvara-window-export");  // no extension added
