@@ -23,7 +23,6 @@
 #include "HelpWindow.h"
 #include "HomePage.h"
 #include "KeyCodes.h"
-#include "MatrixModule.h"
 #include "NumericValue.h"
 #include "OperandEntries.h"
 #include "ResultExport.h"
@@ -104,6 +103,14 @@ bool ConstantKey(int code) {
 bool IsFocusKey(const QKeyEvent& key) {
     return (key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab) &&
            !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+}
+
+// The captions of a list's entries, in list order.
+QStringList Captions(std::span<const OperationRow> list) {
+    QStringList captions;
+    for (const OperationRow& row : list)
+        captions << QString::fromLatin1(row.caption);
+    return captions;
 }
 
 }  // namespace
@@ -304,16 +311,12 @@ void frmMatrix::Form_Load() {
 
     {
         const QSignalBlocker quiet(Combo1);
-        Combo1->addItems({QStringLiteral("A+B"), QStringLiteral("A-B"), QStringLiteral("Const.*A"),
-                          QStringLiteral("A.*B"), QStringLiteral("A'"), QStringLiteral("A*B"),
-                          QStringLiteral("Determinant(A)"), QStringLiteral("Inverse(A)"),
-                          QStringLiteral("Rank(A)")});
+        Combo1->addItems(Captions(Computations()));
         Combo1->setCurrentIndex(-1);
     }
     Combo1->setCurrentIndex(0);  // reacts like the user's choice of "A+B"
 
-    Combo2->addItems(
-        {QStringLiteral("LU Decomposition(A)"), QStringLiteral("QR Decomposition(A)")});
+    Combo2->addItems(Captions(Decompositions()));
     Combo2->setCurrentIndex(0);
     Combo2->setEnabled(false);
     Text5->setEnabled(false);
@@ -352,7 +355,8 @@ void frmMatrix::Text1_KeyUp(int& KeyCode, int /*Shift*/) {
     NumberRowHeadings(*Grid1);
 }
 
-// Columns of A: refused when the chosen operation needs another shape of A.
+// Columns of A: refused when the operation chosen in the enabled list needs another shape
+// of A.
 void frmMatrix::Text2_KeyUp(int& KeyCode, int /*Shift*/) {
     const int old = Grid1->Cols() - 1;
     if (!DimensionKey(KeyCode)) {
@@ -361,25 +365,23 @@ void frmMatrix::Text2_KeyUp(int& KeyCode, int /*Shift*/) {
     }
     const std::int16_t n = DimensionOf(Text2);
     const double rows = std::floor(ValueOf(Text1->text()));
-    const int computation = ListIndex(*Combo1);
-    const int decomposition = ListIndex(*Combo2);
-    if (Combo1->isEnabled() && (computation == 6 || computation == 7) && rows != n) {
-        DimensionCheck(Text2, old, SquareMessage);
-        return;
-    }
-    if (Combo2->isEnabled() && decomposition == 0 && rows != n) {
-        DimensionCheck(Text2, old, SquareMessage);
-        return;
-    }
-    if (Combo2->isEnabled() && decomposition == 1 && rows < n) {
-        DimensionCheck(Text2, old, QRMessage);
-        return;
+    for (const QComboBox* list : {Combo1, Combo2}) {
+        const OperationRow* chosen = list->isEnabled() ? Chosen(*list) : nullptr;
+        if (chosen == nullptr) continue;
+        if (chosen->columnsOfA == ColumnsOfA::EqualToRows && rows != n) {
+            DimensionCheck(Text2, old, SquareMessage);
+            return;
+        }
+        if (chosen->columnsOfA == ColumnsOfA::AtMostRows && rows < n) {
+            DimensionCheck(Text2, old, QRMessage);
+            return;
+        }
     }
     Grid1->SetCols(Count(n + 1));
     SizeAndNumberColumns(*Grid1);
 }
 
-// Rows of B: for a product they must match the columns of A.
+// Rows of B: refused when the chosen computation needs them to match the columns of A.
 void frmMatrix::Text3_KeyUp(int& KeyCode, int /*Shift*/) {
     const int old = Grid2->Rows() - 1;
     if (!DimensionKey(KeyCode)) {
@@ -388,7 +390,8 @@ void frmMatrix::Text3_KeyUp(int& KeyCode, int /*Shift*/) {
     }
     const std::int16_t n = DimensionOf(Text3);
     const double cols = std::floor(ValueOf(Text2->text()));
-    if (Combo1->isEnabled() && ListIndex(*Combo1) == 5 && cols != n) {
+    const OperationRow* chosen = Combo1->isEnabled() ? Chosen(*Combo1) : nullptr;
+    if (chosen != nullptr && chosen->rowsOfBEqualColumnsOfA && cols != n) {
         DimensionCheck(Text3, old, ProductMessage);
         return;
     }
@@ -428,14 +431,18 @@ int frmMatrix::ListIndex(const QComboBox& combo) {
     return combo.property(TypedText).toBool() ? -1 : combo.currentIndex();
 }
 
+const OperationRow* frmMatrix::Chosen(const QComboBox& list) const {
+    return RowAt(&list == Combo1 ? Computations() : Decompositions(), ListIndex(list));
+}
+
 // The inputs the chosen computation reads are enabled, the others not.
 void frmMatrix::Combo1_Click() {
-    const int operation = ListIndex(*Combo1);
-    const bool usesB = operation == 0 || operation == 1 || operation == 3 || operation == 5;
-    Text3->setEnabled(usesB);
-    Text4->setEnabled(usesB);
-    Grid2->SetEnabled(usesB);
-    Text5->setEnabled(operation == 2);
+    const OperationRow* chosen = Chosen(*Combo1);
+    const bool readsB = chosen != nullptr && chosen->readsB;
+    Text3->setEnabled(readsB);
+    Text4->setEnabled(readsB);
+    Grid2->SetEnabled(readsB);
+    Text5->setEnabled(chosen != nullptr && chosen->readsConstant);
 }
 
 void frmMatrix::Option1_Click() {
@@ -454,6 +461,8 @@ void frmMatrix::Option2_Click() {
     Text5->setEnabled(false);
 }
 
+// Reads the operands the chosen operation may use, then carries it out; with nothing chosen
+// (text typed into the list) the sheet stays as it is.
 void frmMatrix::mnuComp_Click() {
     // A cell still being edited counts as typed; the sheet's own edit ends before the
     // sheet is written anew.
@@ -472,83 +481,10 @@ void frmMatrix::mnuComp_Click() {
     }
     if (Text5->isEnabled()) s.ConstC = ValueOf(Text5->text());
 
-    ResultSheet& sheet = *sheet_;
-    // The results of this run live until it ends.
-    Matrix C, Inv, L, U, R, Q;
-    if (Option1->isChecked()) {
-        switch (ListIndex(*Combo1)) {
-            case 0:  // "A+B"
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::AddMatrices(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                sheet.ShowSumResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                break;
-            case 1:  // "A-B" is computed as the sum and shown under its own caption
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::AddMatrices(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                sheet.ShowDifferenceResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                break;
-            case 2:  // "Const.*A"
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::ScaleMatrix(s.RowsA, s.ColsA, s.ConstC, s.MatA, C);
-                sheet.ShowScalarMultipleResult(s.RowsA, s.ColsA, s.ConstC, s.MatA, C);
-                break;
-            case 3:  // "A.*B"
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::MultiplyElementwise(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                sheet.ShowElementwiseProductResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                break;
-            case 4:  // "A'": the counts go in as given, so only a square A is transposed
-                C.Resize(s.ColsA, s.RowsA);
-                MatrixModule::TransposeMatrix(s.RowsA, s.ColsA, s.MatA, C);
-                sheet.ShowTransposeResult(s.RowsA, s.ColsA, s.MatA, C);
-                break;
-            case 5:  // "A*B"
-                C.Resize(s.RowsA, s.ColsB);
-                MatrixModule::MultiplyMatrices(s.RowsA, s.ColsA, s.ColsB, s.MatA, s.MatB, C);
-                sheet.ShowProductResult(s.RowsA, s.ColsA, s.ColsB, s.MatA, s.MatB, C);
-                break;
-            case 6: {  // "Determinant(A)"
-                const double det = MatrixModule::MatrixDeterminant(s.RowsA, s.MatA);
-                sheet.ShowDeterminantResult(s.RowsA, s.MatA, det);
-                break;
-            }
-            case 7: {  // "Inverse(A)"
-                Inv.Resize(s.RowsA, s.RowsA);
-                const bool ok = MatrixModule::InvertMatrix(s.RowsA, s.MatA, Inv);
-                sheet.ShowInverseResult(ok, s.RowsA, s.MatA, Inv);
-                break;
-            }
-            case 8: {  // "Rank(A)"
-                const std::int16_t rank = MatrixModule::MatrixRank(s.RowsA, s.ColsA, s.MatA);
-                sheet.ShowRankResult(s.RowsA, s.ColsA, s.MatA, rank);
-                break;
-            }
-            default:  // no entry chosen: the sheet stays as it is
-                break;
-        }
-    }
-    if (Option2->isChecked()) {
-        switch (ListIndex(*Combo2)) {
-            case 0:  // "LU Decomposition(A)", of A taken as RowsA by RowsA
-                L.Resize(s.RowsA, s.RowsA);
-                U.Resize(s.RowsA, s.RowsA);
-                if (MatrixModule::DecomposeLU(s.RowsA, s.MatA, L, U))
-                    sheet.ShowLUResult(s.RowsA, s.MatA, L, U);
-                else
-                    sheet.ShowLUFailure(s.RowsA, s.MatA, L, U);
-                break;
-            case 1:  // "QR Decomposition(A)"
-                R.Resize(s.RowsA, s.ColsA);
-                Q.Resize(s.RowsA, s.RowsA);
-                if (MatrixModule::DecomposeQR(s.RowsA, s.ColsA, s.MatA, R, Q))
-                    sheet.ShowQRResult(s.RowsA, s.ColsA, s.MatA, R, Q);
-                else
-                    sheet.ShowQRFailure(s.RowsA, s.ColsA, s.MatA, R, Q);
-                break;
-            default:
-                break;
-        }
-    }
+    if (Option1->isChecked())
+        if (const OperationRow* chosen = Chosen(*Combo1)) chosen->compute(s, *sheet_);
+    if (Option2->isChecked())
+        if (const OperationRow* chosen = Chosen(*Combo2)) chosen->compute(s, *sheet_);
 }
 
 // ---- Grid context menus ---------------------------------------------------------------

@@ -14,6 +14,7 @@
 
 #include "FileFormats.h"
 #include "Operands.h"
+#include "Operations.h"
 #include "Platform.h"
 #include "ResultSheet.h"
 #include "RuntimeError.h"
@@ -186,6 +187,8 @@ private:
     void ConnectHandlers();
     void End(int number, const QString& description);
 
+    // The operation chosen in a list (Combo1 or Combo2); none while it shows typed text.
+    const OperationRow* Chosen(const QComboBox& list) const;
     void DimensionCheck(QLineEdit* box, int old, const QString& message);
     void ExportResults(Export::Format format);
     void ShowSaveDialog();
