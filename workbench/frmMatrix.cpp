@@ -146,18 +146,24 @@ void frmMatrix::ConnectHandlers() {
     on(mnuHelpCont, &frmMatrix::mnuHelpCont_Click);
     on(mnuHelpHome, &frmMatrix::mnuHelpHome_Click);
     on(mnuHelpAbout, &frmMatrix::mnuHelpAbout_Click);
-    on(mnuG1ECut, &frmMatrix::mnuG1ECut_Click);
-    on(mnuG1ECopy, &frmMatrix::mnuG1ECopy_Click);
-    on(mnuG1EPaste, &frmMatrix::mnuG1EPaste_Click);
-    on(mnuG1EDel, &frmMatrix::mnuG1EDel_Click);
-    on(mnuG2ECut, &frmMatrix::mnuG2ECut_Click);
-    on(mnuG2ECopy, &frmMatrix::mnuG2ECopy_Click);
-    on(mnuG2EPaste, &frmMatrix::mnuG2EPaste_Click);
-    on(mnuG2EDel, &frmMatrix::mnuG2EDel_Click);
-    on(mnuG3ECut, &frmMatrix::mnuG3ECut_Click);
-    on(mnuG3ECopy, &frmMatrix::mnuG3ECopy_Click);
-    on(mnuG3EPaste, &frmMatrix::mnuG3EPaste_Click);
-    on(mnuG3EDel, &frmMatrix::mnuG3EDel_Click);
+
+    // Each grid's mouse button and the four commands of its menu. The grid reports the
+    // button and the keys held as the toolkit names them; the handler takes their numbers.
+    for (int index = 0; index < 3; ++index) {
+        connect(Grids()[index], &GridWidget::MouseDown, this,
+                [this, index](Qt::MouseButton button, Qt::KeyboardModifiers keys, QPointF at) {
+                    Guarded([&] {
+                        const int Button = KeyCodes::ButtonCode(button);
+                        if (Button == 0) return;  // a button without a number raises nothing
+                        Grid_MouseDown(index, Button, KeyCodes::ShiftCode(keys),
+                                       static_cast<float>(at.x()), static_cast<float>(at.y()));
+                    });
+                });
+        for (int command = 0; command < 4; ++command)
+            connect(mnuGEItems[index][command], &QAction::triggered, this, [this, index, command] {
+                Guarded([&] { mnuGE_Click(index, EditCommand(command)); });
+            });
+    }
 
     // An option button reacts when it becomes selected, by the user or from code.
     connect(Option1, &QRadioButton::toggled, this, [this](bool selected) {
@@ -185,23 +191,6 @@ void frmMatrix::ConnectHandlers() {
     connect(Combo1, &QComboBox::activated, this, [this] { Guarded([this] { Combo1_Click(); }); });
     connect(Combo1, &QComboBox::currentIndexChanged, this,
             [this] { Guarded([this] { Combo1_Click(); }); });
-
-    // The grids report the button and the keys held as the toolkit names them; the
-    // handlers take their numbers.
-    auto mouse = [this](GridWidget* grid, void (frmMatrix::*handler)(int, int, float, float)) {
-        connect(grid, &GridWidget::MouseDown, this,
-                [this, handler](Qt::MouseButton button, Qt::KeyboardModifiers keys, QPointF at) {
-                    Guarded([&] {
-                        const int Button = KeyCodes::ButtonCode(button);
-                        if (Button == 0) return;  // a button without a number raises nothing
-                        (this->*handler)(Button, KeyCodes::ShiftCode(keys),
-                                         static_cast<float>(at.x()), static_cast<float>(at.y()));
-                    });
-                });
-    };
-    mouse(Grid1, &frmMatrix::Grid1_MouseDown);
-    mouse(Grid2, &frmMatrix::Grid2_MouseDown);
-    mouse(Grid3, &frmMatrix::Grid3_MouseDown);
 }
 
 // The two option buttons are one stop of the keyboard: Tab and Shift+Tab reach the
@@ -216,14 +205,13 @@ bool frmMatrix::focusNextPrevChild(bool next) {
     return true;
 }
 
-// The dimension boxes' characters and key releases reach their handlers from here. Tab
-// and Shift+Tab move the focus on before any box sees them: they type nothing.
+// The boxes' characters and key releases reach their handlers from here. Tab and
+// Shift+Tab move the focus on before any box sees them: they type nothing.
 bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
-    const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
-    int box = 0;
-    while (box < 5 && boxes[box] != watched)
-        ++box;
-    if (box == 5) return QMainWindow::eventFilter(watched, event);
+    const std::array<QLineEdit*, 5> boxes = TextBoxes();
+    const auto found = std::find(boxes.begin(), boxes.end(), watched);
+    if (found == boxes.end()) return QMainWindow::eventFilter(watched, event);
+    const int box = static_cast<int>(found - boxes.begin());
 
     if (event->type() == QEvent::InputMethodQuery) {
         // No input method composes text into a box past its filter: the box tells the
@@ -241,49 +229,16 @@ bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
     if (press) {
         int code = KeyCodes::CharacterCode(*key);
         if (code == 0) return false;  // a key that types nothing goes to the box as it is
-        Guarded([&] {
-            switch (box) {
-                case 0:
-                    Text1_KeyPress(code);
-                    break;
-                case 1:
-                    Text2_KeyPress(code);
-                    break;
-                case 2:
-                    Text3_KeyPress(code);
-                    break;
-                case 3:
-                    Text4_KeyPress(code);
-                    break;
-                default:
-                    Text5_KeyPress(code);
-                    break;
-            }
-        });
+        Guarded([&] { Text_KeyPress(box, code); });
         return code == 0;  // a discarded character never reaches the box
     }
     if (key->isAutoRepeat()) return false;  // a held key is released once, at the end
+    static constexpr void (frmMatrix::*KeyUp[])(int&, int) = {
+        &frmMatrix::Text1_KeyUp, &frmMatrix::Text2_KeyUp, &frmMatrix::Text3_KeyUp,
+        &frmMatrix::Text4_KeyUp, &frmMatrix::Text5_KeyUp};
     int code = KeyCodes::VirtualKey(*key);
     const int shift = KeyCodes::ShiftCode(key->modifiers());
-    Guarded([&] {
-        switch (box) {
-            case 0:
-                Text1_KeyUp(code, shift);
-                break;
-            case 1:
-                Text2_KeyUp(code, shift);
-                break;
-            case 2:
-                Text3_KeyUp(code, shift);
-                break;
-            case 3:
-                Text4_KeyUp(code, shift);
-                break;
-            default:
-                Text5_KeyUp(code, shift);
-                break;
-        }
-    });
+    Guarded([&] { (this->*KeyUp[box])(code, shift); });
     return false;
 }
 
@@ -328,20 +283,11 @@ void frmMatrix::mnuFileExit_Click() {
 
 // ---- Dimension boxes ------------------------------------------------------------------
 
-void frmMatrix::Text1_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text2_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text3_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text4_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text5_KeyPress(int& KeyAscii) {
-    if (!ConstantCharacter(KeyAscii)) KeyAscii = 0;
+// The dimension boxes take digits and the decimal point; the constant also a sign and a
+// comma.
+void frmMatrix::Text_KeyPress(int Index, int& KeyAscii) {
+    const bool constant = TextBoxes()[Index] == Text5;
+    if (!(constant ? ConstantCharacter(KeyAscii) : DimensionCharacter(KeyAscii))) KeyAscii = 0;
 }
 
 // Rows of A: the grid follows at once.
@@ -466,7 +412,7 @@ void frmMatrix::Option2_Click() {
 void frmMatrix::mnuComp_Click() {
     // A cell still being edited counts as typed; the sheet's own edit ends before the
     // sheet is written anew.
-    for (GridWidget* grid : {Grid1, Grid2, Grid3})
+    for (GridWidget* grid : Grids())
         grid->CommitEdit();
     Operands& s = operands_;
     s.RowsA = DimensionOf(Text1);
@@ -489,63 +435,34 @@ void frmMatrix::mnuComp_Click() {
 
 // ---- Grid context menus ---------------------------------------------------------------
 
-namespace {
-
-// The menu opens for the right button inside the cells, never on a heading or its edge.
-bool OpensMenu(GridWidget& grid, int button, float x, float y) {
+// The grid's menu opens for the right button inside the cells, never on a heading or its
+// edge; the keys held play no part.
+void frmMatrix::Grid_MouseDown(int Index, int Button, int /*Shift*/, float x, float y) {
+    GridWidget& grid = *Grids()[Index];
     const double headingWidth = grid.Column(0).Width();
     const double headingHeight = grid.RowHeight(0);
-    return button == 2 && static_cast<double>(x) > headingWidth &&
-           static_cast<double>(y) > headingHeight;
+    if (Button == 2 && static_cast<double>(x) > headingWidth &&
+        static_cast<double>(y) > headingHeight)
+        platform_.PopupMenu(*mnuGE[Index]);
 }
 
-}  // namespace
-
-void frmMatrix::Grid1_MouseDown(int Button, int /*Shift*/, float x, float y) {
-    if (OpensMenu(*Grid1, Button, x, y)) platform_.PopupMenu(*mnuG1E);
-}
-void frmMatrix::Grid2_MouseDown(int Button, int /*Shift*/, float x, float y) {
-    if (OpensMenu(*Grid2, Button, x, y)) platform_.PopupMenu(*mnuG2E);
-}
-void frmMatrix::Grid3_MouseDown(int Button, int /*Shift*/, float x, float y) {
-    if (OpensMenu(*Grid3, Button, x, y)) platform_.PopupMenu(*mnuG3E);
-}
-
-void frmMatrix::mnuG1ECut_Click() {
-    Grid1->Selection().Cut();
-}
-void frmMatrix::mnuG1ECopy_Click() {
-    Grid1->Selection().Copy();
-}
-void frmMatrix::mnuG1EPaste_Click() {
-    Grid1->Selection().Paste();
-}
-void frmMatrix::mnuG1EDel_Click() {
-    Grid1->Selection().ClearContents();
-}
-void frmMatrix::mnuG2ECut_Click() {
-    Grid2->Selection().Cut();
-}
-void frmMatrix::mnuG2ECopy_Click() {
-    Grid2->Selection().Copy();
-}
-void frmMatrix::mnuG2EPaste_Click() {
-    Grid2->Selection().Paste();
-}
-void frmMatrix::mnuG2EDel_Click() {
-    Grid2->Selection().ClearContents();
-}
-void frmMatrix::mnuG3ECut_Click() {
-    Grid3->Selection().Cut();
-}
-void frmMatrix::mnuG3ECopy_Click() {
-    Grid3->Selection().Copy();
-}
-void frmMatrix::mnuG3EPaste_Click() {
-    Grid3->Selection().Paste();
-}
-void frmMatrix::mnuG3EDel_Click() {
-    Grid3->Selection().ClearContents();
+// A command of a grid's menu acts on that grid's selection, whichever grid it is.
+void frmMatrix::mnuGE_Click(int Index, EditCommand Command) {
+    GridSelection selection = Grids()[Index]->Selection();
+    switch (Command) {
+        case EditCommand::Cut:
+            selection.Cut();
+            break;
+        case EditCommand::Copy:
+            selection.Copy();
+            break;
+        case EditCommand::Paste:
+            selection.Paste();
+            break;
+        case EditCommand::Delete:
+            selection.ClearContents();
+            break;
+    }
 }
 
 // ---- Exports --------------------------------------------------------------------------

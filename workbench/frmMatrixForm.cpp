@@ -162,14 +162,14 @@ void frmMatrix::CreateControls() {
 }
 
 void frmMatrix::CreateMenus() {
-    auto menu = [&](QMenu* m, const char* name) {
-        m->setObjectName(QString::fromLatin1(name));
+    auto menu = [&](QMenu* m, const QString& name) {
+        m->setObjectName(name);
         m->setAccessibleName(m->title());
         return m;
     };
-    auto item = [&](QMenu* m, const char* name, const QString& caption) {
+    auto item = [&](QMenu* m, const QString& name, const QString& caption) {
         QAction* a = m->addAction(caption);
-        a->setObjectName(QString::fromLatin1(name));
+        a->setObjectName(name);
         return a;
     };
     auto separator = [&](QMenu* m, const char* name) {
@@ -200,24 +200,16 @@ void frmMatrix::CreateMenus() {
     menuBar()->setObjectName(QStringLiteral("menuBar"));
     menuBar()->setAccessibleName(QStringLiteral("Menu bar"));
 
-    // The grids' context menus never show in the menu bar.
-    auto editMenu = [&](QMenu*& m, const char* name, const QString& caption, QAction*& cut,
-                        QAction*& copy, QAction*& paste, QAction*& del) {
-        m = menu(new QMenu(caption, this), name);
-        const QString prefix = QString::fromLatin1(name);
-        cut = item(m, "", QStringLiteral("Cut"));
-        copy = item(m, "", QStringLiteral("Copy"));
-        paste = item(m, "", QStringLiteral("Paste"));
-        del = item(m, "", QStringLiteral("Delete"));
-        cut->setObjectName(prefix + QStringLiteral("Cut"));
-        copy->setObjectName(prefix + QStringLiteral("Copy"));
-        paste->setObjectName(prefix + QStringLiteral("Paste"));
-        del->setObjectName(prefix + QStringLiteral("Del"));
-    };
-    editMenu(mnuG1E, "mnuG1E", QStringLiteral("Grid1Edit"), mnuG1ECut, mnuG1ECopy, mnuG1EPaste,
-             mnuG1EDel);
-    editMenu(mnuG2E, "mnuG2E", QStringLiteral("Grid2Edit"), mnuG2ECut, mnuG2ECopy, mnuG2EPaste,
-             mnuG2EDel);
-    editMenu(mnuG3E, "mnuG3E", QStringLiteral("Grid3Edit"), mnuG3ECut, mnuG3ECopy, mnuG3EPaste,
-             mnuG3EDel);
+    // The grids' context menus never show in the menu bar. Each has the same four items,
+    // in the order of EditCommand: the ending of the item's name, and its caption.
+    const char* const commands[][2] = {
+        {"Cut", "Cut"}, {"Copy", "Copy"}, {"Paste", "Paste"}, {"Del", "Delete"}};
+    for (int grid = 0; grid < 3; ++grid) {
+        const QString name = QStringLiteral("mnuG%1E").arg(grid + 1);
+        mnuGE[grid] = menu(new QMenu(QStringLiteral("Grid%1Edit").arg(grid + 1), this), name);
+        for (int command = 0; command < 4; ++command)
+            mnuGEItems[grid][command] =
+                item(mnuGE[grid], name + QLatin1String(commands[command][0]),
+                     QString::fromLatin1(commands[command][1]));
+    }
 }

@@ -110,7 +110,8 @@ TEST_F(WindowTest, MenuBarHoldsComputeBetweenFileAndHelp) {
     EXPECT_EQ(window->mnuComp->menu(), nullptr);
     EXPECT_EQ(Captions(window->mnuFileExport),
               (QStringList{"Excel WorkBook...", "HTML ...", "PDF", "CSV", "XML"}));
-    EXPECT_EQ(Captions(window->mnuG3E), (QStringList{"Cut", "Copy", "Paste", "Delete"}));
+    EXPECT_EQ(Captions(window->findChild<QMenu*>("mnuG3E")),
+              (QStringList{"Cut", "Copy", "Paste", "Delete"}));
     window->show();
     window->mnuFileExit->trigger();
     EXPECT_FALSE(window->isVisible());
