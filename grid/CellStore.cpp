@@ -26,7 +26,7 @@ bool CellStore::SetText(int row, int col, std::string_view text, int rowWidth) {
             const std::size_t limit =
                 std::max<std::size_t>(std::size_t(std::max(rowWidth, 0)), c + 1);
             const std::size_t capacity = std::max(c + 1, std::min(doubled, limit));
-            Grow((capacity - cells.capacity()) * sizeof(Ref));
+            ChargeMemoryBudget((capacity - cells.capacity()) * sizeof(Ref));
             cells.reserve(capacity);
         }
         cells.resize(c + 1, 0);
@@ -73,7 +73,7 @@ bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts
     if (cells.size() < end) {
         const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
         if (capacity > cells.capacity()) {
-            Grow((capacity - cells.capacity()) * sizeof(Ref));
+            ChargeMemoryBudget((capacity - cells.capacity()) * sizeof(Ref));
             cells.reserve(capacity);
         }
         cells.resize(end, 0);
@@ -92,9 +92,11 @@ bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts
     return changed;
 }
 
-// Asks the machine before each step of growth: a sheet of millions of cells ends with
-// run-time error 7 rather than with the process killed for want of memory.
-void CellStore::Grow(std::size_t bytes) {
+// Every allocation of the store is charged here before it is made. Once the allowance is
+// spent, the machine is asked for the bytes and a step more, which become the new allowance:
+// a sheet of millions of cells ends with run-time error 7 rather than with the process
+// killed for want of memory.
+void CellStore::ChargeMemoryBudget(std::size_t bytes) {
     constexpr std::size_t kStep = std::size_t(32) << 20;
     if (bytes > allowance_) {
         MemoryCheck::Require(bytes + kStep);
@@ -113,7 +115,7 @@ void CellStore::AddBlock(std::size_t size) {
         spare_.erase(spare);
         return;
     }
-    Grow(size);
+    ChargeMemoryBudget(size);
     Block block;
     try {
         block.bytes = std::make_unique_for_overwrite<char[]>(size);

@@ -88,7 +88,9 @@ private:
 
     Ref Append(std::string_view text);
     void AddBlock(std::size_t size);
-    void Grow(std::size_t bytes);
+    // Charges bytes about to be allocated to the store's memory budget (run-time error 7
+    // when the machine cannot provide them); allocates nothing itself.
+    void ChargeMemoryBudget(std::size_t bytes);
     void Forget(Ref ref);
     void CompactIfWasteful();
     void Compact();

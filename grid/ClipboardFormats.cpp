@@ -44,8 +44,8 @@ QString DecodeText(const QByteArray& bytes) {
     return text;
 }
 
-QMimeData* ToMimeData(const TextTable& table) {
-    auto* mime = new QMimeData;
+std::unique_ptr<QMimeData> ToMimeData(const TextTable& table) {
+    auto mime = std::make_unique<QMimeData>();
     const QByteArray text = QByteArray::fromStdString(EncodeTsv(table));
     mime->setText(QString::fromUtf8(text));
     mime->setData(kUtf8Text, text);

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <memory>
 #include <string_view>
 
 #include "TextTable.h"
@@ -26,7 +27,7 @@ QString DecodeText(const QByteArray& bytes);
 // type, and the HTML table), and the table that clipboard contents hold
 // (LibreOffice's tab-separated format first, then plain text, then an HTML table), holding
 // no more than the bound.
-QMimeData* ToMimeData(const TextTable& table);
+std::unique_ptr<QMimeData> ToMimeData(const TextTable& table);
 TextTable FromMimeData(const QMimeData& mime, TableBound bound = {});
 
 }  // namespace ClipboardFormats

@@ -95,8 +95,8 @@ std::size_t CellBlockCommand::Bytes() const {
     return sizeof(*this) + changed_.capacity() * sizeof(QPoint) + before_.Bytes() + after_.Bytes();
 }
 
-void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget) {
-    history.push(command);
+void PushEdit(QUndoStack& history, std::unique_ptr<CellBlockCommand> command, std::size_t budget) {
+    history.push(command.release());  // the history owns its steps
     // The steps to keep, counted from the newest back.
     const int count = history.count();
     int keepFrom = count;
@@ -117,7 +117,7 @@ void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget
     for (int i = keepFrom; i < count; ++i) {
         auto* step =
             const_cast<CellBlockCommand*>(static_cast<const CellBlockCommand*>(history.command(i)));
-        kept.emplace_back(new CellBlockCommand(*step));
+        kept.push_back(std::unique_ptr<CellBlockCommand>(new CellBlockCommand(*step)));
     }
     history.clear();
     for (auto& step : kept)

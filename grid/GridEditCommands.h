@@ -7,6 +7,7 @@
 #include <QRect>
 #include <QUndoCommand>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -48,7 +49,8 @@ public:
     std::size_t Bytes() const;
 
 private:
-    friend void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget);
+    friend void PushEdit(QUndoStack& history, std::unique_ptr<CellBlockCommand> command,
+                         std::size_t budget);
     // Takes over another step that has been carried out, and is not carried out again
     // when it is pushed.
     explicit CellBlockCommand(CellBlockCommand& done);
@@ -67,4 +69,5 @@ inline constexpr std::size_t kHistoryBytes = std::size_t(64) << 20;
 
 // Carries out an edit as the newest step of a history, then drops the oldest steps for as
 // long as the history holds more than the budget. The newest step is always kept.
-void PushEdit(QUndoStack& history, CellBlockCommand* command, std::size_t budget = kHistoryBytes);
+void PushEdit(QUndoStack& history, std::unique_ptr<CellBlockCommand> command,
+              std::size_t budget = kHistoryBytes);

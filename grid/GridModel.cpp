@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr int kHeadingFormat = 10;
 // Cells further out than this are never stored: a write there is ignored.
 constexpr int kMaxIndex = 1 << 24;
 
@@ -56,11 +55,10 @@ struct GridModel::Storage {
     bool flushQueued = false;
 };
 
-GridModel::GridModel(QObject* parent) : QAbstractTableModel(parent), d_(new Storage) {}
+GridModel::GridModel(QObject* parent)
+    : QAbstractTableModel(parent), d_(std::make_unique<Storage>()) {}
 
-GridModel::~GridModel() {
-    delete d_;
-}
+GridModel::~GridModel() = default;
 
 int GridModel::Rows() const {
     return d_->rows;
@@ -338,13 +336,13 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
             return CellText(row, col);
         case Qt::TextAlignmentRole: {
             if (d_->sheet) return int(Qt::AlignLeft | Qt::AlignVCenter);
-            if (CellFormat(row, col) == kHeadingFormat) return int(Qt::AlignCenter);
+            if (CellFormat(row, col) == HeadingFormat) return int(Qt::AlignCenter);
             // A number right-aligns as a spreadsheet shows it, read as the exports read it.
             const bool number = CellNumber(CellUtf8(row, col), d_->decimalSeparator).has_value();
             return int((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
         }
         case Qt::FontRole:
-            if (!d_->sheet && CellFormat(row, col) == kHeadingFormat) {
+            if (!d_->sheet && CellFormat(row, col) == HeadingFormat) {
                 QFont bold;
                 bold.setBold(true);
                 return bold;
@@ -376,7 +374,7 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
         case Qt::TextAlignmentRole:
             return int(Qt::AlignCenter);
         case Qt::FontRole:
-            if (!d_->sheet && CellFormat(row, col) == kHeadingFormat) {
+            if (!d_->sheet && CellFormat(row, col) == HeadingFormat) {
                 QFont bold;
                 bold.setBold(true);
                 return bold;

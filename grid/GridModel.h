@@ -13,6 +13,7 @@
 #include <QAbstractTableModel>
 #include <QString>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 class GridModel : public QAbstractTableModel {
@@ -45,9 +46,10 @@ public:
     // as SetCellText would one after another, in one step.
     void SetRowTexts(int row, int firstCol, const std::string_view* texts, int count);
 
-    // The display code of a cell; 10 marks a heading (drawn centred and bold).
+    // The display code of a cell; HeadingFormat marks a heading (drawn centred and bold).
     int CellFormat(int row, int col) const;
     void SetCellFormat(int row, int col, int format);
+    static constexpr int HeadingFormat = 10;
 
     // Widths and heights in device-independent pixels; 0 hides the column or row.
     int ColumnWidth(int col) const;
@@ -120,5 +122,5 @@ private:
     // Delivers the gathered notifications when the event loop comes back.
     void QueueFlush();
     struct Storage;
-    Storage* d_;
+    std::unique_ptr<Storage> d_;
 };

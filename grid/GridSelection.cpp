@@ -5,6 +5,7 @@
 #include <QMimeData>
 #include <QUndoStack>
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 #include "ClipboardFormats.h"
@@ -143,22 +144,21 @@ TextTable Tiled(const TextTable& table, int down, int across) {
 }
 
 // Carries out an edit, as a step of the undo history when the grid keeps one.
-void Record(QUndoStack* undo, CellBlockCommand* command) {
-    if (undo != nullptr) {
-        PushEdit(*undo, command);
-    } else {
+void Record(QUndoStack* undo, std::unique_ptr<CellBlockCommand> command) {
+    if (undo != nullptr)
+        PushEdit(*undo, std::move(command));
+    else
         command->redo();
-        delete command;
-    }
 }
 
 // One edit that writes `text` into every cell of the pieces and leaves the cells between
 // them as they are, so that several ranges are undone in one step. The step itself keeps
 // only the cells it changes.
-CellBlockCommand* FillPieces(GridModel& model, const QList<QRect>& pieces, std::string_view text,
-                             const QString& label) {
+std::unique_ptr<CellBlockCommand> FillPieces(GridModel& model, const QList<QRect>& pieces,
+                                             std::string_view text, const QString& label) {
     if (pieces.size() == 1)
-        return new CellBlockCommand(model, pieces[0], CellBlock::Filled(std::string(text)), label);
+        return std::make_unique<CellBlockCommand>(model, pieces[0],
+                                                  CellBlock::Filled(std::string(text)), label);
     QRect box;
     for (const QRect& piece : pieces)
         box |= piece;
@@ -171,7 +171,8 @@ CellBlockCommand* FillPieces(GridModel& model, const QList<QRect>& pieces, std::
             texts.AddCell(selected ? text : model.CellUtf8(row, col));
         }
     }
-    return new CellBlockCommand(model, box, CellBlock::FromTable(std::move(texts)), label);
+    return std::make_unique<CellBlockCommand>(model, box, CellBlock::FromTable(std::move(texts)),
+                                              label);
 }
 
 }  // namespace
@@ -183,7 +184,8 @@ GridSelection::GridSelection(GridModel& model, QList<QRect> ranges, QUndoStack* 
 bool GridSelection::Copy() {
     const TextTable table = SelectedTable(model_, ranges_);
     if (table.IsEmpty()) return false;
-    QGuiApplication::clipboard()->setMimeData(ClipboardFormats::ToMimeData(table));
+    // The clipboard owns what it is given.
+    QGuiApplication::clipboard()->setMimeData(ClipboardFormats::ToMimeData(table).release());
     return true;
 }
 
@@ -229,7 +231,7 @@ bool GridSelection::Paste() {
         target = QRect(cells.left(), cells.top(), table.Cols(), table.Rows());
         texts = CellBlock::FromTable(std::move(table));
     }
-    Record(undo_, new CellBlockCommand(model_, target, std::move(texts), label));
+    Record(undo_, std::make_unique<CellBlockCommand>(model_, target, std::move(texts), label));
     if (select_) select_(InsideGrid(model_, target));
     return true;
 }

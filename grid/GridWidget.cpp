@@ -207,31 +207,6 @@ protected:
     }
 };
 
-int ButtonCode(Qt::MouseButton button) {
-    switch (button) {
-        case Qt::LeftButton:
-            return 1;
-        case Qt::RightButton:
-            return 2;
-        case Qt::MiddleButton:
-            return 4;
-        default:
-            return 0;
-    }
-}
-
-int ShiftCode(Qt::KeyboardModifiers modifiers) {
-    int code = 0;
-    if (modifiers & Qt::ShiftModifier) code |= 1;
-    if (modifiers & Qt::ControlModifier) code |= 2;
-    if (modifiers & Qt::AltModifier) code |= 4;
-    return code;
-}
-
-}  // namespace
-
-namespace {
-
 // Reports presses on a helper widget of the view (the corner button over the headings).
 class PressFilter : public QObject {
 public:
@@ -278,15 +253,12 @@ struct GridWidget::Parts {
 // the first data cell lies right of Column(0).Width and below RowHeight(0).
 void GridWidget::Parts::ReportPress(QWidget* source, QMouseEvent* event) {
     if (!model.Enabled()) return;
-    const int button = ButtonCode(event->button());
-    if (button == 0) return;
     const QPointF inView = source->mapTo(view, event->position());
     const QPoint cells = view->viewport()->geometry().topLeft();
     const int headingWidth = rowHeadings->isHidden() ? 0 : rowHeadings->width();
     const int headingHeight = columnHeadings->isHidden() ? 0 : columnHeadings->height();
-    const float x = static_cast<float>(inView.x() - (cells.x() - headingWidth));
-    const float y = static_cast<float>(inView.y() - (cells.y() - headingHeight));
-    emit self->MouseDown(button, ShiftCode(event->modifiers()), x, y);
+    emit self->MouseDown(event->button(), event->modifiers(),
+                         inView - QPointF(cells.x() - headingWidth, cells.y() - headingHeight));
 }
 
 bool GridWidget::Parts::HandleKey(QKeyEvent* event) {
@@ -315,8 +287,8 @@ void GridWidget::Parts::Commit(const QModelIndex& index, const QString& text) {
     const int row = index.row() + 1;
     const int col = index.column() + 1;
     if (model.CellText(row, col) == text) return;
-    PushEdit(undo, new CellBlockCommand(model, QRect(col, row, 1, 1),
-                                        CellBlock::Filled(text.toStdString())));
+    PushEdit(undo, std::make_unique<CellBlockCommand>(model, QRect(col, row, 1, 1),
+                                                      CellBlock::Filled(text.toStdString())));
 }
 
 void GridWidget::Parts::ApplyColumnWidth(int col, int width) {
@@ -383,7 +355,7 @@ void GridWidget::Parts::FollowScroll() {
     followingScroll = false;
 }
 
-GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(new Parts) {
+GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(std::make_unique<Parts>()) {
     Parts& p = *p_;
     p.self = this;
     p.view = new GridView(this);
@@ -492,10 +464,9 @@ GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(new Parts) {
     }
 }
 
+// The view goes before the model it shows, which p_ holds.
 GridWidget::~GridWidget() {
-    // The view goes before the model it shows.
     delete p_->view;
-    delete p_;
 }
 
 GridModel& GridWidget::Model() {

@@ -4,8 +4,10 @@
 // RowHeight(0). It offers the selection with the clipboard, and the mouse-button event on
 // which the window opens its context menu.
 
+#include <QPointF>
 #include <QString>
 #include <QWidget>
+#include <memory>
 
 #include "GridModel.h"
 #include "GridSelection.h"
@@ -58,12 +60,12 @@ public:
     QUndoStack& UndoStack();
 
 signals:
-    // A mouse button went down on the grid: button 1 left, 2 right, 4 middle; shift state
-    // 1 Shift, 2 Ctrl, 4 Alt; x and y from the grid's top-left corner, in the unit of the
-    // column widths and row heights. A disabled grid raises none.
-    void MouseDown(int button, int shift, float x, float y);
+    // A mouse button went down on the grid, with these keys held; the position is taken
+    // from the grid's top-left corner, in the unit of the column widths and row heights. A
+    // disabled grid raises none.
+    void MouseDown(Qt::MouseButton button, Qt::KeyboardModifiers modifiers, QPointF position);
 
 private:
     struct Parts;
-    Parts* p_;
+    std::unique_ptr<Parts> p_;
 };

@@ -1,5 +1,6 @@
-// Translating Qt's key events into the key numbers the window's handlers compare: the
-// virtual-key numbers of the keyboard's keys, and the character codes of typed characters.
+// Translating Qt's key and mouse events into the numbers the window's handlers compare: the
+// virtual-key numbers of the keyboard's keys, the character codes of typed characters, and
+// the numbers of mouse buttons and of the keys held down with them.
 
 #include "KeyCodes.h"
 
@@ -197,6 +198,24 @@ int CharacterCode(const QKeyEvent& event) {
     const char32_t code = text.toUcs4().value(0);
     if (code == 0 || code == 127) return 0;
     return static_cast<int>(code);
+}
+
+int ShiftCode(Qt::KeyboardModifiers modifiers) {
+    return (modifiers & Qt::ShiftModifier ? 1 : 0) | (modifiers & Qt::ControlModifier ? 2 : 0) |
+           (modifiers & Qt::AltModifier ? 4 : 0);
+}
+
+int ButtonCode(Qt::MouseButton button) {
+    switch (button) {
+        case Qt::LeftButton:
+            return 1;
+        case Qt::RightButton:
+            return 2;
+        case Qt::MiddleButton:
+            return 4;
+        default:
+            return 0;
+    }
 }
 
 }  // namespace KeyCodes

@@ -1,6 +1,9 @@
 #pragma once
-// Key numbers as the window's handlers compare them: the Windows virtual-key codes for key
-// releases, and character codes for typed characters.
+// Key and mouse numbers as the window's handlers compare them: the Windows virtual-key codes
+// for key releases, character codes for typed characters, and the numbers of the mouse
+// buttons and of the Shift, Ctrl and Alt keys held down.
+
+#include <QtCore/qnamespace.h>
 
 class QKeyEvent;
 
@@ -16,5 +19,11 @@ int VirtualKey(const QKeyEvent& event);
 // The character code a key press types (8 for Backspace, 3 for Ctrl+C, 22 for Ctrl+V ...),
 // or 0 when the key types no character (arrows, Delete, function keys).
 int CharacterCode(const QKeyEvent& event);
+
+// The keys held down with a key or a mouse button, added up: 1 Shift, 2 Ctrl, 4 Alt.
+int ShiftCode(Qt::KeyboardModifiers modifiers);
+
+// The number of a mouse button: 1 left, 2 right, 4 middle; 0 for any other button.
+int ButtonCode(Qt::MouseButton button);
 
 }  // namespace KeyCodes

@@ -36,7 +36,7 @@ QString DecodedHtml(const QByteArray& bytes) {
 
 HelpFile::HelpFile(const QString& path) {
     if (!QFile::exists(path)) return;
-    file_ = chm_open(QFile::encodeName(path).constData());
+    file_.reset(chm_open(QFile::encodeName(path).constData()));
     if (file_ == nullptr) return;
     ReadSystem();
     if (const auto contents = Read(contentsPath_)) contents_ = ParseSitemap(DecodedHtml(*contents));
@@ -48,22 +48,24 @@ HelpFile::HelpFile(const QString& path) {
     if (defaultTopic_.isEmpty()) defaultTopic_ = QStringLiteral("/index.htm");
 }
 
-HelpFile::~HelpFile() {
-    if (file_ != nullptr) chm_close(file_);
+HelpFile::~HelpFile() = default;
+
+void HelpFile::Close::operator()(chmFile* file) const {
+    chm_close(file);
 }
 
 std::optional<QByteArray> HelpFile::Read(const QString& path) const {
     if (file_ == nullptr || path.isEmpty()) return std::nullopt;
     chmUnitInfo unit{};
     const QByteArray name = RootPath(path).toUtf8();
-    if (chm_resolve_object(file_, name.constData(), &unit) != CHM_RESOLVE_SUCCESS) {
+    if (chm_resolve_object(file_.get(), name.constData(), &unit) != CHM_RESOLVE_SUCCESS) {
         return std::nullopt;
     }
     // Our help file is a few hundred kilobytes; anything near the limit is not one of ours.
     if (unit.length > 64u * 1024 * 1024) return std::nullopt;
     QByteArray bytes(static_cast<qsizetype>(unit.length), Qt::Uninitialized);
     const LONGINT64 read =
-        chm_retrieve_object(file_, &unit, reinterpret_cast<unsigned char*>(bytes.data()), 0,
+        chm_retrieve_object(file_.get(), &unit, reinterpret_cast<unsigned char*>(bytes.data()), 0,
                             static_cast<LONGINT64>(unit.length));
     if (read != static_cast<LONGINT64>(unit.length)) return std::nullopt;
     return bytes;

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -42,7 +43,10 @@ public:
 private:
     void ReadSystem();
 
-    chmFile* file_ = nullptr;
+    struct Close {
+        void operator()(chmFile* file) const;
+    };
+    std::unique_ptr<chmFile, Close> file_;
     QString title_;
     QString defaultTopic_;
     QString contentsPath_;

@@ -23,7 +23,6 @@
 #include "HelpWindow.h"
 #include "HomePage.h"
 #include "KeyCodes.h"
-#include "MatrixModule.h"
 #include "NumericValue.h"
 #include "OperandEntries.h"
 #include "ResultExport.h"
@@ -47,8 +46,6 @@ const char* const TypedText = "typedText";
 
 // Data columns of the grids are this wide, in the grid's own unit.
 constexpr int DataColumnWidth = 60;
-// Heading cells carry this display code.
-constexpr int HeadingFormat = 10;
 
 double ValueOf(const QString& text) {
     const QByteArray utf8 = text.toUtf8();
@@ -62,13 +59,13 @@ std::int16_t DimensionOf(const QLineEdit* box) {
 
 // The heading cells of a grid's top row and left column carry their numbers.
 void NumberColumnHeading(GridWidget& grid, std::int16_t col) {
-    grid.SetCellFormat(0, col, HeadingFormat);
+    grid.SetCellFormat(0, col, GridModel::HeadingFormat);
     grid.SetCellText(0, col, QString::number(col));
 }
 
 void NumberRowHeadings(GridWidget& grid) {
     Checked::For(1, Count(grid.Rows() - 1), [&](std::int16_t row) {
-        grid.SetCellFormat(row, 0, HeadingFormat);
+        grid.SetCellFormat(row, 0, GridModel::HeadingFormat);
         grid.SetCellText(row, 0, QString::number(row));
     });
 }
@@ -108,9 +105,12 @@ bool IsFocusKey(const QKeyEvent& key) {
            !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier));
 }
 
-int ShiftState(Qt::KeyboardModifiers modifiers) {
-    return (modifiers & Qt::ShiftModifier ? 1 : 0) | (modifiers & Qt::ControlModifier ? 2 : 0) |
-           (modifiers & Qt::AltModifier ? 4 : 0);
+// The captions of a list's entries, in list order.
+QStringList Captions(std::span<const OperationRow> list) {
+    QStringList captions;
+    for (const OperationRow& row : list)
+        captions << QString::fromLatin1(row.caption);
+    return captions;
 }
 
 }  // namespace
@@ -148,18 +148,24 @@ void frmMatrix::ConnectHandlers() {
     on(mnuHelpCont, &frmMatrix::mnuHelpCont_Click);
     on(mnuHelpHome, &frmMatrix::mnuHelpHome_Click);
     on(mnuHelpAbout, &frmMatrix::mnuHelpAbout_Click);
-    on(mnuG1ECut, &frmMatrix::mnuG1ECut_Click);
-    on(mnuG1ECopy, &frmMatrix::mnuG1ECopy_Click);
-    on(mnuG1EPaste, &frmMatrix::mnuG1EPaste_Click);
-    on(mnuG1EDel, &frmMatrix::mnuG1EDel_Click);
-    on(mnuG2ECut, &frmMatrix::mnuG2ECut_Click);
-    on(mnuG2ECopy, &frmMatrix::mnuG2ECopy_Click);
-    on(mnuG2EPaste, &frmMatrix::mnuG2EPaste_Click);
-    on(mnuG2EDel, &frmMatrix::mnuG2EDel_Click);
-    on(mnuG3ECut, &frmMatrix::mnuG3ECut_Click);
-    on(mnuG3ECopy, &frmMatrix::mnuG3ECopy_Click);
-    on(mnuG3EPaste, &frmMatrix::mnuG3EPaste_Click);
-    on(mnuG3EDel, &frmMatrix::mnuG3EDel_Click);
+
+    // Each grid's mouse button and the four commands of its menu. The grid reports the
+    // button and the keys held as the toolkit names them; the handler takes their numbers.
+    for (int index = 0; index < 3; ++index) {
+        connect(Grids()[index], &GridWidget::MouseDown, this,
+                [this, index](Qt::MouseButton button, Qt::KeyboardModifiers keys, QPointF at) {
+                    Guarded([&] {
+                        const int Button = KeyCodes::ButtonCode(button);
+                        if (Button == 0) return;  // a button without a number raises nothing
+                        Grid_MouseDown(index, Button, KeyCodes::ShiftCode(keys),
+                                       static_cast<float>(at.x()), static_cast<float>(at.y()));
+                    });
+                });
+        for (int command = 0; command < 4; ++command)
+            connect(mnuGEItems[index][command], &QAction::triggered, this, [this, index, command] {
+                Guarded([&] { mnuGE_Click(index, EditCommand(command)); });
+            });
+    }
 
     // An option button reacts when it becomes selected, by the user or from code.
     connect(Option1, &QRadioButton::toggled, this, [this](bool selected) {
@@ -187,16 +193,6 @@ void frmMatrix::ConnectHandlers() {
     connect(Combo1, &QComboBox::activated, this, [this] { Guarded([this] { Combo1_Click(); }); });
     connect(Combo1, &QComboBox::currentIndexChanged, this,
             [this] { Guarded([this] { Combo1_Click(); }); });
-
-    auto mouse = [this](GridWidget* grid, void (frmMatrix::*handler)(int, int, float, float)) {
-        connect(grid, &GridWidget::MouseDown, this,
-                [this, handler](int button, int shift, float x, float y) {
-                    Guarded([&] { (this->*handler)(button, shift, x, y); });
-                });
-    };
-    mouse(Grid1, &frmMatrix::Grid1_MouseDown);
-    mouse(Grid2, &frmMatrix::Grid2_MouseDown);
-    mouse(Grid3, &frmMatrix::Grid3_MouseDown);
 }
 
 // The two option buttons are one stop of the keyboard: Tab and Shift+Tab reach the
@@ -211,14 +207,13 @@ bool frmMatrix::focusNextPrevChild(bool next) {
     return true;
 }
 
-// The dimension boxes' characters and key releases reach their handlers from here. Tab
-// and Shift+Tab move the focus on before any box sees them: they type nothing.
+// The boxes' characters and key releases reach their handlers from here. Tab and
+// Shift+Tab move the focus on before any box sees them: they type nothing.
 bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
-    const QObject* boxes[] = {Text1, Text2, Text3, Text4, Text5};
-    int box = 0;
-    while (box < 5 && boxes[box] != watched)
-        ++box;
-    if (box == 5) return QMainWindow::eventFilter(watched, event);
+    const std::array<QLineEdit*, 5> boxes = TextBoxes();
+    const auto found = std::find(boxes.begin(), boxes.end(), watched);
+    if (found == boxes.end()) return QMainWindow::eventFilter(watched, event);
+    const int box = static_cast<int>(found - boxes.begin());
 
     if (event->type() == QEvent::InputMethodQuery) {
         // No input method composes text into a box past its filter: the box tells the
@@ -236,49 +231,16 @@ bool frmMatrix::eventFilter(QObject* watched, QEvent* event) {
     if (press) {
         int code = KeyCodes::CharacterCode(*key);
         if (code == 0) return false;  // a key that types nothing goes to the box as it is
-        Guarded([&] {
-            switch (box) {
-                case 0:
-                    Text1_KeyPress(code);
-                    break;
-                case 1:
-                    Text2_KeyPress(code);
-                    break;
-                case 2:
-                    Text3_KeyPress(code);
-                    break;
-                case 3:
-                    Text4_KeyPress(code);
-                    break;
-                default:
-                    Text5_KeyPress(code);
-                    break;
-            }
-        });
+        Guarded([&] { Text_KeyPress(box, code); });
         return code == 0;  // a discarded character never reaches the box
     }
     if (key->isAutoRepeat()) return false;  // a held key is released once, at the end
+    static constexpr void (frmMatrix::*KeyUp[])(int&, int) = {
+        &frmMatrix::Text1_KeyUp, &frmMatrix::Text2_KeyUp, &frmMatrix::Text3_KeyUp,
+        &frmMatrix::Text4_KeyUp, &frmMatrix::Text5_KeyUp};
     int code = KeyCodes::VirtualKey(*key);
-    const int shift = ShiftState(key->modifiers());
-    Guarded([&] {
-        switch (box) {
-            case 0:
-                Text1_KeyUp(code, shift);
-                break;
-            case 1:
-                Text2_KeyUp(code, shift);
-                break;
-            case 2:
-                Text3_KeyUp(code, shift);
-                break;
-            case 3:
-                Text4_KeyUp(code, shift);
-                break;
-            default:
-                Text5_KeyUp(code, shift);
-                break;
-        }
-    });
+    const int shift = KeyCodes::ShiftCode(key->modifiers());
+    Guarded([&] { (this->*KeyUp[box])(code, shift); });
     return false;
 }
 
@@ -306,16 +268,12 @@ void frmMatrix::Form_Load() {
 
     {
         const QSignalBlocker quiet(Combo1);
-        Combo1->addItems({QStringLiteral("A+B"), QStringLiteral("A-B"), QStringLiteral("Const.*A"),
-                          QStringLiteral("A.*B"), QStringLiteral("A'"), QStringLiteral("A*B"),
-                          QStringLiteral("Determinant(A)"), QStringLiteral("Inverse(A)"),
-                          QStringLiteral("Rank(A)")});
+        Combo1->addItems(Captions(Computations()));
         Combo1->setCurrentIndex(-1);
     }
     Combo1->setCurrentIndex(0);  // reacts like the user's choice of "A+B"
 
-    Combo2->addItems(
-        {QStringLiteral("LU Decomposition(A)"), QStringLiteral("QR Decomposition(A)")});
+    Combo2->addItems(Captions(Decompositions()));
     Combo2->setCurrentIndex(0);
     Combo2->setEnabled(false);
     Text5->setEnabled(false);
@@ -327,20 +285,11 @@ void frmMatrix::mnuFileExit_Click() {
 
 // ---- Dimension boxes ------------------------------------------------------------------
 
-void frmMatrix::Text1_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text2_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text3_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text4_KeyPress(int& KeyAscii) {
-    if (!DimensionCharacter(KeyAscii)) KeyAscii = 0;
-}
-void frmMatrix::Text5_KeyPress(int& KeyAscii) {
-    if (!ConstantCharacter(KeyAscii)) KeyAscii = 0;
+// The dimension boxes take digits and the decimal point; the constant also a sign and a
+// comma.
+void frmMatrix::Text_KeyPress(int Index, int& KeyAscii) {
+    const bool constant = TextBoxes()[Index] == Text5;
+    if (!(constant ? ConstantCharacter(KeyAscii) : DimensionCharacter(KeyAscii))) KeyAscii = 0;
 }
 
 // Rows of A: the grid follows at once.
@@ -354,7 +303,8 @@ void frmMatrix::Text1_KeyUp(int& KeyCode, int /*Shift*/) {
     NumberRowHeadings(*Grid1);
 }
 
-// Columns of A: refused when the chosen operation needs another shape of A.
+// Columns of A: refused when the operation chosen in the enabled list needs another shape
+// of A.
 void frmMatrix::Text2_KeyUp(int& KeyCode, int /*Shift*/) {
     const int old = Grid1->Cols() - 1;
     if (!DimensionKey(KeyCode)) {
@@ -363,25 +313,23 @@ void frmMatrix::Text2_KeyUp(int& KeyCode, int /*Shift*/) {
     }
     const std::int16_t n = DimensionOf(Text2);
     const double rows = std::floor(ValueOf(Text1->text()));
-    const int computation = ListIndex(*Combo1);
-    const int decomposition = ListIndex(*Combo2);
-    if (Combo1->isEnabled() && (computation == 6 || computation == 7) && rows != n) {
-        DimensionCheck(Text2, old, SquareMessage);
-        return;
-    }
-    if (Combo2->isEnabled() && decomposition == 0 && rows != n) {
-        DimensionCheck(Text2, old, SquareMessage);
-        return;
-    }
-    if (Combo2->isEnabled() && decomposition == 1 && rows < n) {
-        DimensionCheck(Text2, old, QRMessage);
-        return;
+    for (const QComboBox* list : {Combo1, Combo2}) {
+        const OperationRow* chosen = list->isEnabled() ? Chosen(*list) : nullptr;
+        if (chosen == nullptr) continue;
+        if (chosen->columnsOfA == ColumnsOfA::EqualToRows && rows != n) {
+            DimensionCheck(Text2, old, SquareMessage);
+            return;
+        }
+        if (chosen->columnsOfA == ColumnsOfA::AtMostRows && rows < n) {
+            DimensionCheck(Text2, old, QRMessage);
+            return;
+        }
     }
     Grid1->SetCols(Count(n + 1));
     SizeAndNumberColumns(*Grid1);
 }
 
-// Rows of B: for a product they must match the columns of A.
+// Rows of B: refused when the chosen computation needs them to match the columns of A.
 void frmMatrix::Text3_KeyUp(int& KeyCode, int /*Shift*/) {
     const int old = Grid2->Rows() - 1;
     if (!DimensionKey(KeyCode)) {
@@ -390,7 +338,8 @@ void frmMatrix::Text3_KeyUp(int& KeyCode, int /*Shift*/) {
     }
     const std::int16_t n = DimensionOf(Text3);
     const double cols = std::floor(ValueOf(Text2->text()));
-    if (Combo1->isEnabled() && ListIndex(*Combo1) == 5 && cols != n) {
+    const OperationRow* chosen = Combo1->isEnabled() ? Chosen(*Combo1) : nullptr;
+    if (chosen != nullptr && chosen->rowsOfBEqualColumnsOfA && cols != n) {
         DimensionCheck(Text3, old, ProductMessage);
         return;
     }
@@ -430,14 +379,18 @@ int frmMatrix::ListIndex(const QComboBox& combo) {
     return combo.property(TypedText).toBool() ? -1 : combo.currentIndex();
 }
 
+const OperationRow* frmMatrix::Chosen(const QComboBox& list) const {
+    return RowAt(&list == Combo1 ? Computations() : Decompositions(), ListIndex(list));
+}
+
 // The inputs the chosen computation reads are enabled, the others not.
 void frmMatrix::Combo1_Click() {
-    const int operation = ListIndex(*Combo1);
-    const bool usesB = operation == 0 || operation == 1 || operation == 3 || operation == 5;
-    Text3->setEnabled(usesB);
-    Text4->setEnabled(usesB);
-    Grid2->SetEnabled(usesB);
-    Text5->setEnabled(operation == 2);
+    const OperationRow* chosen = Chosen(*Combo1);
+    const bool readsB = chosen != nullptr && chosen->readsB;
+    Text3->setEnabled(readsB);
+    Text4->setEnabled(readsB);
+    Grid2->SetEnabled(readsB);
+    Text5->setEnabled(chosen != nullptr && chosen->readsConstant);
 }
 
 void frmMatrix::Option1_Click() {
@@ -456,10 +409,12 @@ void frmMatrix::Option2_Click() {
     Text5->setEnabled(false);
 }
 
+// Reads the operands the chosen operation may use, then carries it out; with nothing chosen
+// (text typed into the list) the sheet stays as it is.
 void frmMatrix::mnuComp_Click() {
     // A cell still being edited counts as typed; the sheet's own edit ends before the
     // sheet is written anew.
-    for (GridWidget* grid : {Grid1, Grid2, Grid3})
+    for (GridWidget* grid : Grids())
         grid->CommitEdit();
     Operands& s = operands_;
     s.RowsA = DimensionOf(Text1);
@@ -474,144 +429,42 @@ void frmMatrix::mnuComp_Click() {
     }
     if (Text5->isEnabled()) s.ConstC = ValueOf(Text5->text());
 
-    ResultSheet& sheet = *sheet_;
-    // The results of this run live until it ends.
-    Matrix C, Inv, L, U, R, Q;
-    if (Option1->isChecked()) {
-        switch (ListIndex(*Combo1)) {
-            case 0:  // "A+B"
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::AddMatrices(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                sheet.ShowSumResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                break;
-            case 1:  // "A-B" is computed as the sum and shown under its own caption
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::AddMatrices(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                sheet.ShowDifferenceResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                break;
-            case 2:  // "Const.*A"
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::ScaleMatrix(s.RowsA, s.ColsA, s.ConstC, s.MatA, C);
-                sheet.ShowScalarMultipleResult(s.RowsA, s.ColsA, s.ConstC, s.MatA, C);
-                break;
-            case 3:  // "A.*B"
-                C.Resize(s.RowsA, s.ColsA);
-                MatrixModule::MultiplyElementwise(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                sheet.ShowElementwiseProductResult(s.RowsA, s.ColsA, s.MatA, s.MatB, C);
-                break;
-            case 4:  // "A'": the counts go in as given, so only a square A is transposed
-                C.Resize(s.ColsA, s.RowsA);
-                MatrixModule::TransposeMatrix(s.RowsA, s.ColsA, s.MatA, C);
-                sheet.ShowTransposeResult(s.RowsA, s.ColsA, s.MatA, C);
-                break;
-            case 5:  // "A*B"
-                C.Resize(s.RowsA, s.ColsB);
-                MatrixModule::MultiplyMatrices(s.RowsA, s.ColsA, s.ColsB, s.MatA, s.MatB, C);
-                sheet.ShowProductResult(s.RowsA, s.ColsA, s.ColsB, s.MatA, s.MatB, C);
-                break;
-            case 6: {  // "Determinant(A)"
-                const double det = MatrixModule::MatrixDeterminant(s.RowsA, s.MatA);
-                sheet.ShowDeterminantResult(s.RowsA, s.MatA, det);
-                break;
-            }
-            case 7: {  // "Inverse(A)"
-                Inv.Resize(s.RowsA, s.RowsA);
-                const bool ok = MatrixModule::InvertMatrix(s.RowsA, s.MatA, Inv);
-                sheet.ShowInverseResult(ok, s.RowsA, s.MatA, Inv);
-                break;
-            }
-            case 8: {  // "Rank(A)"
-                const std::int16_t rank = MatrixModule::MatrixRank(s.RowsA, s.ColsA, s.MatA);
-                sheet.ShowRankResult(s.RowsA, s.ColsA, s.MatA, rank);
-                break;
-            }
-            default:  // no entry chosen: the sheet stays as it is
-                break;
-        }
-    }
-    if (Option2->isChecked()) {
-        switch (ListIndex(*Combo2)) {
-            case 0:  // "LU Decomposition(A)", of A taken as RowsA by RowsA
-                L.Resize(s.RowsA, s.RowsA);
-                U.Resize(s.RowsA, s.RowsA);
-                if (MatrixModule::DecomposeLU(s.RowsA, s.MatA, L, U))
-                    sheet.ShowLUResult(s.RowsA, s.MatA, L, U);
-                else
-                    sheet.ShowLUFailure(s.RowsA, s.MatA, L, U);
-                break;
-            case 1:  // "QR Decomposition(A)"
-                R.Resize(s.RowsA, s.ColsA);
-                Q.Resize(s.RowsA, s.RowsA);
-                if (MatrixModule::DecomposeQR(s.RowsA, s.ColsA, s.MatA, R, Q))
-                    sheet.ShowQRResult(s.RowsA, s.ColsA, s.MatA, R, Q);
-                else
-                    sheet.ShowQRFailure(s.RowsA, s.ColsA, s.MatA, R, Q);
-                break;
-            default:
-                break;
-        }
-    }
+    if (Option1->isChecked())
+        if (const OperationRow* chosen = Chosen(*Combo1)) chosen->compute(s, *sheet_);
+    if (Option2->isChecked())
+        if (const OperationRow* chosen = Chosen(*Combo2)) chosen->compute(s, *sheet_);
 }
 
 // ---- Grid context menus ---------------------------------------------------------------
 
-namespace {
-
-// The menu opens for the right button inside the cells, never on a heading or its edge.
-bool OpensMenu(GridWidget& grid, int button, float x, float y) {
+// The grid's menu opens for the right button inside the cells, never on a heading or its
+// edge; the keys held play no part.
+void frmMatrix::Grid_MouseDown(int Index, int Button, int /*Shift*/, float x, float y) {
+    GridWidget& grid = *Grids()[Index];
     const double headingWidth = grid.Column(0).Width();
     const double headingHeight = grid.RowHeight(0);
-    return button == 2 && static_cast<double>(x) > headingWidth &&
-           static_cast<double>(y) > headingHeight;
+    if (Button == 2 && static_cast<double>(x) > headingWidth &&
+        static_cast<double>(y) > headingHeight)
+        platform_.PopupMenu(*mnuGE[Index]);
 }
 
-}  // namespace
-
-void frmMatrix::Grid1_MouseDown(int Button, int /*Shift*/, float x, float y) {
-    if (OpensMenu(*Grid1, Button, x, y)) platform_.PopupMenu(*mnuG1E);
-}
-void frmMatrix::Grid2_MouseDown(int Button, int /*Shift*/, float x, float y) {
-    if (OpensMenu(*Grid2, Button, x, y)) platform_.PopupMenu(*mnuG2E);
-}
-void frmMatrix::Grid3_MouseDown(int Button, int /*Shift*/, float x, float y) {
-    if (OpensMenu(*Grid3, Button, x, y)) platform_.PopupMenu(*mnuG3E);
-}
-
-void frmMatrix::mnuG1ECut_Click() {
-    Grid1->Selection().Cut();
-}
-void frmMatrix::mnuG1ECopy_Click() {
-    Grid1->Selection().Copy();
-}
-void frmMatrix::mnuG1EPaste_Click() {
-    Grid1->Selection().Paste();
-}
-void frmMatrix::mnuG1EDel_Click() {
-    Grid1->Selection().ClearContents();
-}
-void frmMatrix::mnuG2ECut_Click() {
-    Grid2->Selection().Cut();
-}
-void frmMatrix::mnuG2ECopy_Click() {
-    Grid2->Selection().Copy();
-}
-void frmMatrix::mnuG2EPaste_Click() {
-    Grid2->Selection().Paste();
-}
-void frmMatrix::mnuG2EDel_Click() {
-    Grid2->Selection().ClearContents();
-}
-void frmMatrix::mnuG3ECut_Click() {
-    Grid3->Selection().Cut();
-}
-void frmMatrix::mnuG3ECopy_Click() {
-    Grid3->Selection().Copy();
-}
-void frmMatrix::mnuG3EPaste_Click() {
-    Grid3->Selection().Paste();
-}
-void frmMatrix::mnuG3EDel_Click() {
-    Grid3->Selection().ClearContents();
+// A command of a grid's menu acts on that grid's selection, whichever grid it is.
+void frmMatrix::mnuGE_Click(int Index, EditCommand Command) {
+    GridSelection selection = Grids()[Index]->Selection();
+    switch (Command) {
+        case EditCommand::Cut:
+            selection.Cut();
+            break;
+        case EditCommand::Copy:
+            selection.Copy();
+            break;
+        case EditCommand::Paste:
+            selection.Paste();
+            break;
+        case EditCommand::Delete:
+            selection.ClearContents();
+            break;
+    }
 }
 
 // ---- Exports --------------------------------------------------------------------------

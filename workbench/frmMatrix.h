@@ -7,6 +7,7 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -14,6 +15,7 @@
 
 #include "FileFormats.h"
 #include "Operands.h"
+#include "Operations.h"
 #include "Platform.h"
 #include "ResultSheet.h"
 #include "RuntimeError.h"
@@ -55,13 +57,9 @@ public:
     void Form_Load();
     void mnuFileExit_Click();
 
-    // The dimension boxes and the constant: a character about to be typed (0 discards it)
-    // and a key released.
-    void Text1_KeyPress(int& KeyAscii);
-    void Text2_KeyPress(int& KeyAscii);
-    void Text3_KeyPress(int& KeyAscii);
-    void Text4_KeyPress(int& KeyAscii);
-    void Text5_KeyPress(int& KeyAscii);
+    // The dimension boxes and the constant: a character about to be typed into the box
+    // Text1 to Text5 (Index 0 to 4; setting KeyAscii to 0 discards it), and a key released.
+    void Text_KeyPress(int Index, int& KeyAscii);
     void Text1_KeyUp(int& KeyCode, int Shift);
     void Text2_KeyUp(int& KeyCode, int Shift);
     void Text3_KeyUp(int& KeyCode, int Shift);
@@ -74,22 +72,11 @@ public:
     void Option2_Click();
     void mnuComp_Click();
 
-    // The grids' context menus.
-    void Grid1_MouseDown(int Button, int Shift, float x, float y);
-    void Grid2_MouseDown(int Button, int Shift, float x, float y);
-    void Grid3_MouseDown(int Button, int Shift, float x, float y);
-    void mnuG1ECut_Click();
-    void mnuG1ECopy_Click();
-    void mnuG1EPaste_Click();
-    void mnuG1EDel_Click();
-    void mnuG2ECut_Click();
-    void mnuG2ECopy_Click();
-    void mnuG2EPaste_Click();
-    void mnuG2EDel_Click();
-    void mnuG3ECut_Click();
-    void mnuG3ECopy_Click();
-    void mnuG3EPaste_Click();
-    void mnuG3EDel_Click();
+    // The grids' context menus: a mouse button down on Grid1, Grid2 or Grid3 (Index 0 to 2),
+    // and a command chosen from that grid's menu.
+    enum class EditCommand { Cut, Copy, Paste, Delete };
+    void Grid_MouseDown(int Index, int Button, int Shift, float x, float y);
+    void mnuGE_Click(int Index, EditCommand Command);
 
     // Exporting the result sheet.
     void mnuFileExcel_Click();
@@ -110,6 +97,10 @@ public:
 
     Operands& Operand() { return operands_; }
     ResultSheet& Sheet() { return *sheet_; }
+
+    // The boxes and grids in the order of their names.
+    std::array<QLineEdit*, 5> TextBoxes() const { return {Text1, Text2, Text3, Text4, Text5}; }
+    std::array<GridWidget*, 3> Grids() const { return {Grid1, Grid2, Grid3}; }
 
     // The controls, by their names.
     QGroupBox* Frame1;
@@ -151,21 +142,10 @@ public:
     QAction* mnuHelpHome;
     QAction* mnuHelpSep;
     QAction* mnuHelpAbout;
-    QMenu* mnuG1E;
-    QAction* mnuG1ECut;
-    QAction* mnuG1ECopy;
-    QAction* mnuG1EPaste;
-    QAction* mnuG1EDel;
-    QMenu* mnuG2E;
-    QAction* mnuG2ECut;
-    QAction* mnuG2ECopy;
-    QAction* mnuG2EPaste;
-    QAction* mnuG2EDel;
-    QMenu* mnuG3E;
-    QAction* mnuG3ECut;
-    QAction* mnuG3ECopy;
-    QAction* mnuG3EPaste;
-    QAction* mnuG3EDel;
+    // The grids' context menus mnuG1E, mnuG2E and mnuG3E, and their items by grid and
+    // command, named after both (mnuG1ECut, mnuG1ECopy, mnuG1EPaste, mnuG1EDel, ...).
+    std::array<QMenu*, 3> mnuGE{};
+    std::array<std::array<QAction*, 4>, 3> mnuGEItems{};
 
     // The window's one save dialog, shared by the exports that ask for a file name: each
     // sets its filter, file name and title afresh before showing it.
@@ -186,6 +166,8 @@ private:
     void ConnectHandlers();
     void End(int number, const QString& description);
 
+    // The operation chosen in a list (Combo1 or Combo2); none while it shows typed text.
+    const OperationRow* Chosen(const QComboBox& list) const;
     void DimensionCheck(QLineEdit* box, int old, const QString& message);
     void ExportResults(Export::Format format);
     void ShowSaveDialog();

@@ -12,6 +12,8 @@
 #include <QScreen>
 #include <QTableView>
 #include <cmath>
+#include <type_traits>
+#include <variant>
 
 #include "AppIcon.h"
 #include "DialogFont.h"
@@ -28,8 +30,78 @@ int Px(int twips) {
     return static_cast<int>(std::lround(twips * dpi / 1440.0));
 }
 
-void Place(QWidget* widget, int left, int top, int width, int height) {
-    widget->setGeometry(Px(left), Px(top), Px(width), Px(height));
+// The member that holds a control, of the control's own kind.
+using Member =
+    std::variant<QGroupBox * frmMatrix::*, QRadioButton * frmMatrix::*, QComboBox * frmMatrix::*,
+                 QLabel * frmMatrix::*, QLineEdit * frmMatrix::*, GridWidget * frmMatrix::*>;
+
+// A control of the form: its member and name, its container (the client area, or a frame
+// further up the table), its caption or initial text, the name assistive tools read where
+// the caption says nothing or is not the control's meaning, and Left, Top, Width, Height
+// in twips within the container.
+struct Control {
+    Member member;
+    const char* name;
+    const char* container;
+    const char* caption;
+    const char* accessible;
+    int left, top, width, height;
+};
+
+// The controls in the order of their tab indexes, which is the order in which they are
+// created and the keyboard visits them: the operation choice, the input grids, the five
+// boxes, the result. Frames and labels never take the focus; disabled controls are passed
+// over.
+constexpr Control Controls[] = {
+    {&frmMatrix::Frame1, "Frame1", "client", "Operation", "", 60, 60, 7755, 1035},
+    {&frmMatrix::Option1, "Option1", "Frame1", "Computations", "", 240, 300, 1455, 195},
+    {&frmMatrix::Option2, "Option2", "Frame1", "Decompositions", "", 3960, 300, 1995, 195},
+    {&frmMatrix::Combo1, "Combo1", "Frame1", "", "Computation", 480, 540, 2655, 315},
+    {&frmMatrix::Combo2, "Combo2", "Frame1", "", "Decomposition", 4200, 540, 2655, 315},
+    {&frmMatrix::Frame2, "Frame2", "client", "Matrix", "", 60, 1140, 7755, 3015},
+    {&frmMatrix::Grid1, "Grid1", "Frame2", "", "Entries of matrix A", 180, 600, 3555, 1875},
+    {&frmMatrix::Grid2, "Grid2", "Frame2", "", "Entries of matrix B", 4020, 600, 3555, 1935},
+    {&frmMatrix::Text1, "Text1", "Frame2", "3", "Rows of matrix A", 2040, 240, 555, 285},
+    {&frmMatrix::Text2, "Text2", "Frame2", "3", "Columns of matrix A", 3060, 240, 615, 285},
+    {&frmMatrix::Text3, "Text3", "Frame2", "3", "Rows of matrix B", 5880, 240, 555, 285},
+    {&frmMatrix::Text4, "Text4", "Frame2", "3", "Columns of matrix B", 6960, 240, 555, 285},
+    {&frmMatrix::Text5, "Text5", "Frame2", "1", "Constant", 1080, 2580, 915, 315},
+    {&frmMatrix::Label3, "Label3", "Frame2", "Matrix A", "", 240, 300, 1035, 195},
+    {&frmMatrix::Label2, "Label2", "Frame2", "Rows", "", 1560, 300, 435, 195},
+    {&frmMatrix::Label1, "Label1", "Frame2", "Cols", "", 2700, 300, 315, 195},
+    {&frmMatrix::Label4, "Label4", "Frame2", "Matrix B", "", 4080, 300, 855, 195},
+    {&frmMatrix::Label6, "Label6", "Frame2", "Rows", "", 5400, 300, 435, 195},
+    {&frmMatrix::Label5, "Label5", "Frame2", "Cols", "", 6600, 300, 315, 195},
+    {&frmMatrix::Label7, "Label7", "Frame2", "Constant", "", 240, 2640, 675, 195},
+    {&frmMatrix::Frame3, "Frame3", "client", "Result", "", 60, 4200, 7755, 3495},
+    {&frmMatrix::Grid3, "Grid3", "Frame3", "", "Result sheet", 180, 300, 7395, 3075},
+};
+
+// What each kind of control needs beyond its place, caption and names.
+void Prepare(QWidget&, QObject&) {}
+// Only the frames' captions are bold: every control inside sets its own font.
+void Prepare(QGroupBox& frame, QObject&) {
+    QFont bold = frame.font();
+    bold.setWeight(QFont::Bold);
+    frame.setFont(bold);
+    frame.setFocusPolicy(Qt::NoFocus);
+}
+void Prepare(QLabel& label, QObject&) {
+    label.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    label.setFocusPolicy(Qt::NoFocus);
+}
+void Prepare(QComboBox& list, QObject&) {
+    list.setEditable(true);
+    list.setInsertPolicy(QComboBox::NoInsert);  // typed text adds no entry
+    list.setCompleter(nullptr);                 // nor is it completed
+}
+// The boxes take text through the window's key filter, and by Paste: nothing is dropped in.
+void Prepare(QLineEdit& box, QObject& window) {
+    box.setAcceptDrops(false);
+    box.installEventFilter(&window);
+}
+void Prepare(GridWidget& grid, QObject&) {
+    grid.View().setAccessibleName(grid.accessibleName());
 }
 
 }  // namespace
@@ -61,115 +133,47 @@ void frmMatrix::CreateControls() {
 
     QFont normal = DialogFont();
     normal.setWeight(QFont::Normal);  // set, so that no control takes its frame's bold
-    QFont bold = normal;
-    bold.setWeight(QFont::Bold);
 
-    auto frame = [&](QGroupBox*& box, const char* name, const QString& caption) {
-        box = new QGroupBox(caption, client);
-        box->setObjectName(QString::fromLatin1(name));
-        box->setAccessibleName(caption);
-        box->setFont(bold);  // only the caption is bold: every control inside sets its own
-    };
-    auto named = [&](QWidget* widget, const char* name, const QString& accessible) {
-        widget->setObjectName(QString::fromLatin1(name));
-        widget->setAccessibleName(accessible);
-        widget->setFont(normal);
-    };
-    auto label = [&](QLabel*& l, const char* name, const QString& caption, QWidget* buddy) {
-        l = new QLabel(caption, Frame2);
-        named(l, name, caption);
-        l->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-        if (buddy) l->setBuddy(buddy);
-    };
-    // The boxes take text through their key filter and Paste only: nothing is dropped in.
-    auto text = [&](QLineEdit*& t, const char* name, const QString& initial,
-                    const QString& accessible) {
-        t = new QLineEdit(initial, Frame2);
-        named(t, name, accessible);
-        t->setAcceptDrops(false);
-        t->installEventFilter(this);
-    };
-    auto grid = [&](GridWidget*& g, const char* name, QWidget* container,
-                    const QString& accessible) {
-        g = new GridWidget(container);
-        named(g, name, accessible);
-        g->View().setAccessibleName(accessible);
-    };
-
-    frame(Frame1, "Frame1", QStringLiteral("Operation"));
-    Place(Frame1, 60, 60, 7755, 1035);
-    Option1 = new QRadioButton(QStringLiteral("Computations"), Frame1);
-    named(Option1, "Option1", Option1->text());
-    Option1->setChecked(true);
-    Place(Option1, 240, 300, 1455, 195);
-    Option2 = new QRadioButton(QStringLiteral("Decompositions"), Frame1);
-    named(Option2, "Option2", Option2->text());
-    Place(Option2, 3960, 300, 1995, 195);
-    for (QComboBox** combo : {&Combo1, &Combo2}) {
-        *combo = new QComboBox(Frame1);
-        (*combo)->setEditable(true);
-        (*combo)->setInsertPolicy(QComboBox::NoInsert);  // typed text adds no entry
-        (*combo)->setCompleter(nullptr);                 // nor is it completed
+    for (const Control& c : Controls) {
+        QWidget* container = client->objectName() == QLatin1String(c.container)
+                                 ? client
+                                 : client->findChild<QWidget*>(QLatin1String(c.container));
+        const QString caption = QString::fromLatin1(c.caption);
+        QWidget* control = std::visit(
+            [&](auto member) -> QWidget* {
+                auto* widget = new std::remove_reference_t<decltype(*(this->*member))>(container);
+                if constexpr (requires { widget->setTitle(caption); })
+                    widget->setTitle(caption);
+                else if constexpr (requires { widget->setText(caption); })
+                    widget->setText(caption);
+                this->*member = widget;
+                return widget;
+            },
+            c.member);
+        control->setObjectName(QLatin1String(c.name));
+        control->setAccessibleName(*c.accessible ? QString::fromLatin1(c.accessible) : caption);
+        control->setFont(normal);
+        control->setGeometry(Px(c.left), Px(c.top), Px(c.width), Px(c.height));
+        std::visit([&](auto member) { Prepare(*(this->*member), *this); }, c.member);
     }
-    named(Combo1, "Combo1", QStringLiteral("Computation"));
-    Place(Combo1, 480, 540, 2655, 315);
-    named(Combo2, "Combo2", QStringLiteral("Decomposition"));
-    Place(Combo2, 4200, 540, 2655, 315);
-
-    frame(Frame2, "Frame2", QStringLiteral("Matrix"));
-    Place(Frame2, 60, 1140, 7755, 3015);
-    grid(Grid1, "Grid1", Frame2, QStringLiteral("Entries of matrix A"));
-    Place(Grid1, 180, 600, 3555, 1875);
-    grid(Grid2, "Grid2", Frame2, QStringLiteral("Entries of matrix B"));
-    Place(Grid2, 4020, 600, 3555, 1935);
-    text(Text1, "Text1", QStringLiteral("3"), QStringLiteral("Rows of matrix A"));
-    Place(Text1, 2040, 240, 555, 285);
-    text(Text2, "Text2", QStringLiteral("3"), QStringLiteral("Columns of matrix A"));
-    Place(Text2, 3060, 240, 615, 285);
-    text(Text3, "Text3", QStringLiteral("3"), QStringLiteral("Rows of matrix B"));
-    Place(Text3, 5880, 240, 555, 285);
-    text(Text4, "Text4", QStringLiteral("3"), QStringLiteral("Columns of matrix B"));
-    Place(Text4, 6960, 240, 555, 285);
-    text(Text5, "Text5", QStringLiteral("1"), QStringLiteral("Constant"));
-    Place(Text5, 1080, 2580, 915, 315);
-    label(Label3, "Label3", QStringLiteral("Matrix A"), nullptr);
-    Place(Label3, 240, 300, 1035, 195);
-    label(Label2, "Label2", QStringLiteral("Rows"), Text1);
-    Place(Label2, 1560, 300, 435, 195);
-    label(Label1, "Label1", QStringLiteral("Cols"), Text2);
-    Place(Label1, 2700, 300, 315, 195);
-    label(Label4, "Label4", QStringLiteral("Matrix B"), nullptr);
-    Place(Label4, 4080, 300, 855, 195);
-    label(Label6, "Label6", QStringLiteral("Rows"), Text3);
-    Place(Label6, 5400, 300, 435, 195);
-    label(Label5, "Label5", QStringLiteral("Cols"), Text4);
-    Place(Label5, 6600, 300, 315, 195);
-    label(Label7, "Label7", QStringLiteral("Constant"), Text5);
-    Place(Label7, 240, 2640, 675, 195);
-
-    frame(Frame3, "Frame3", QStringLiteral("Result"));
-    Place(Frame3, 60, 4200, 7755, 3495);
-    grid(Grid3, "Grid3", Frame3, QStringLiteral("Result sheet"));
-    Place(Grid3, 180, 300, 7395, 3075);
-
-    // The controls are created in the order of their tab indexes, which is the order in
-    // which the keyboard visits them: the operation choice, the input grids, the five
-    // boxes, the result. Frames and labels never take the focus; disabled controls are
-    // passed over.
-    for (QWidget* w : std::initializer_list<QWidget*>{Frame1, Frame2, Frame3, Label1, Label2,
-                                                      Label3, Label4, Label5, Label6, Label7})
-        w->setFocusPolicy(Qt::NoFocus);
+    Option1->setChecked(true);
+    // The labels beside the boxes name them.
+    Label2->setBuddy(Text1);
+    Label1->setBuddy(Text2);
+    Label6->setBuddy(Text3);
+    Label5->setBuddy(Text4);
+    Label7->setBuddy(Text5);
 }
 
 void frmMatrix::CreateMenus() {
-    auto menu = [&](QMenu* m, const char* name) {
-        m->setObjectName(QString::fromLatin1(name));
+    auto menu = [&](QMenu* m, const QString& name) {
+        m->setObjectName(name);
         m->setAccessibleName(m->title());
         return m;
     };
-    auto item = [&](QMenu* m, const char* name, const QString& caption) {
+    auto item = [&](QMenu* m, const QString& name, const QString& caption) {
         QAction* a = m->addAction(caption);
-        a->setObjectName(QString::fromLatin1(name));
+        a->setObjectName(name);
         return a;
     };
     auto separator = [&](QMenu* m, const char* name) {
@@ -200,24 +204,16 @@ void frmMatrix::CreateMenus() {
     menuBar()->setObjectName(QStringLiteral("menuBar"));
     menuBar()->setAccessibleName(QStringLiteral("Menu bar"));
 
-    // The grids' context menus never show in the menu bar.
-    auto editMenu = [&](QMenu*& m, const char* name, const QString& caption, QAction*& cut,
-                        QAction*& copy, QAction*& paste, QAction*& del) {
-        m = menu(new QMenu(caption, this), name);
-        const QString prefix = QString::fromLatin1(name);
-        cut = item(m, "", QStringLiteral("Cut"));
-        copy = item(m, "", QStringLiteral("Copy"));
-        paste = item(m, "", QStringLiteral("Paste"));
-        del = item(m, "", QStringLiteral("Delete"));
-        cut->setObjectName(prefix + QStringLiteral("Cut"));
-        copy->setObjectName(prefix + QStringLiteral("Copy"));
-        paste->setObjectName(prefix + QStringLiteral("Paste"));
-        del->setObjectName(prefix + QStringLiteral("Del"));
-    };
-    editMenu(mnuG1E, "mnuG1E", QStringLiteral("Grid1Edit"), mnuG1ECut, mnuG1ECopy, mnuG1EPaste,
-             mnuG1EDel);
-    editMenu(mnuG2E, "mnuG2E", QStringLiteral("Grid2Edit"), mnuG2ECut, mnuG2ECopy, mnuG2EPaste,
-             mnuG2EDel);
-    editMenu(mnuG3E, "mnuG3E", QStringLiteral("Grid3Edit"), mnuG3ECut, mnuG3ECopy, mnuG3EPaste,
-             mnuG3EDel);
+    // The grids' context menus never show in the menu bar. Each has the same four items,
+    // in the order of EditCommand: the ending of the item's name, and its caption.
+    const char* const commands[][2] = {
+        {"Cut", "Cut"}, {"Copy", "Copy"}, {"Paste", "Paste"}, {"Del", "Delete"}};
+    for (int grid = 0; grid < 3; ++grid) {
+        const QString name = QStringLiteral("mnuG%1E").arg(grid + 1);
+        mnuGE[grid] = menu(new QMenu(QStringLiteral("Grid%1Edit").arg(grid + 1), this), name);
+        for (int command = 0; command < 4; ++command)
+            mnuGEItems[grid][command] =
+                item(mnuGE[grid], name + QLatin1String(commands[command][0]),
+                     QString::fromLatin1(commands[command][1]));
+    }
 }

@@ -31,18 +31,20 @@ TEST(UndoHistory, PastTheBudgetTheOldestStepsGoAndTheRestStillWork) {
     GridModel model;
     QUndoStack history;
     const auto text = [](int step) { return std::string(10000, char('a' + step)); };
-    for (int step = 0; step < 6; ++step)
+    const auto push = [&](int cols, int step) {
         PushEdit(history,
-                 new CellBlockCommand(model, QRect(1, 1, 2, 1), CellBlock::Filled(text(step))),
+                 std::make_unique<CellBlockCommand>(model, QRect(1, 1, cols, 1),
+                                                    CellBlock::Filled(text(step))),
                  50000);
+    };
+    for (int step = 0; step < 6; ++step)
+        push(2, step);
     // Each step holds two texts of 10,000 bytes in each of two cells.
     EXPECT_EQ(history.count(), 1);
     EXPECT_EQ(model.CellUtf8(1, 2), text(5));
 
     for (int step = 6; step < 9; ++step)
-        PushEdit(history,
-                 new CellBlockCommand(model, QRect(1, 1, 1, 1), CellBlock::Filled(text(step))),
-                 50000);
+        push(1, step);
     EXPECT_EQ(history.count(), 2);
     EXPECT_EQ(model.CellUtf8(1, 1), text(8));
     history.undo();

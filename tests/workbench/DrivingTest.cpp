@@ -145,6 +145,10 @@ TEST_P(OpenEditTest, CommandCommitsTheOpenEditFirst) {
     EXPECT_FALSE(Editing(grid));
 }
 
+// A menu command, chosen by its item's name.
+std::function<void(DrivingTest&, frmMatrix&, RecordingPlatform&)> Item(const char* name) {
+    return [name](auto&, frmMatrix& w, auto&) { w.findChild<QAction*>(name)->trigger(); };
+}
 QString Clipboard(frmMatrix&) {
     return QGuiApplication::clipboard()->text();
 }
@@ -155,17 +159,15 @@ const QString CsvPath = QDir::temp().filePath("kelvara-open-edit.csv");
 
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Commands, OpenEditTest, ::testing::Values(
-    OpenEditCase{"Compute", 1, [](auto&, frmMatrix& w, auto&) { w.mnuComp->trigger(); },
+    OpenEditCase{"Compute", 1, Item("mnuComp"),
                  [](frmMatrix& w) { return w.Grid3->CellText(2, 2) + w.Grid3->CellText(3, 3); },
                  "56"},
-    OpenEditCase{"Copy", 1, [](auto&, frmMatrix& w, auto&) { w.mnuG1ECopy->trigger(); },
-                 Clipboard, "5\r\n"},
-    OpenEditCase{"Cut", 1, [](auto&, frmMatrix& w, auto&) { w.mnuG1ECut->trigger(); },
-                 [](frmMatrix& w) { return Clipboard(w) + GridA(w); }, "5\r\n,,/,6,/,,"},
-    OpenEditCase{"Paste", 2, [](auto&, frmMatrix& w, auto&) { w.mnuG2EPaste->trigger(); },
+    OpenEditCase{"Copy", 1, Item("mnuG1ECopy"), Clipboard, "5\r\n"},
+    OpenEditCase{"Cut", 1, Item("mnuG1ECut"), [](frmMatrix& w) { return Clipboard(w) + GridA(w); },
+                 "5\r\n,,/,6,/,,"},
+    OpenEditCase{"Paste", 2, Item("mnuG2EPaste"),
                  [](frmMatrix& w) { return w.Grid2->CellText(1, 1); }, "9"},
-    OpenEditCase{"Delete", 1, [](auto&, frmMatrix& w, auto&) { w.mnuG1EDel->trigger(); }, GridA,
-                 ",,/,6,/,,"},
+    OpenEditCase{"Delete", 1, Item("mnuG1EDel"), GridA, ",,/,6,/,,"},
     OpenEditCase{"Resize", 1, [](auto&, frmMatrix& w, auto&) {
                      w.Text1->selectAll();
                      QTest::keyClick(w.Text1, Qt::Key_2);

@@ -3,16 +3,16 @@
 
 #include <QAction>
 #include <QDir>
-#include <QGroupBox>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QTableView>
 
 #include "About.h"
 #include "HomePage.h"
-#include "NamedRows.h"
 #include "WindowFixture.h"
 
 namespace {
@@ -41,55 +41,41 @@ TEST_F(WindowTest, StartsWithAPlusBOnThreeByThreeGrids) {
               std::tuple(30, 10, 0, 0, 60));
 }
 
-// Control, its container, Left, Top, Width, Height in twips.
-struct Placement {
-    const char* name;
-    const char* container;
-    int left, top, width, height;
-};
-class PlacementTest : public WindowTest, public ::testing::WithParamInterface<Placement> {};
-
-TEST_P(PlacementTest, ControlSitsWhereTheFormPutsIt) {
-    const Placement& c = GetParam();
-    const double scale = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 1440.0;
-    auto px = [&](int twips) { return static_cast<int>(std::lround(twips * scale)); };
-    auto* widget = window->findChild<QWidget*>(c.name);
-    ASSERT_NE(widget, nullptr);
-    EXPECT_EQ(widget->parentWidget()->objectName().toStdString(), c.container);
-    EXPECT_EQ(widget->geometry(), QRect(px(c.left), px(c.top), px(c.width), px(c.height)));
-    EXPECT_FALSE(widget->accessibleName().isEmpty());
-    // The dialog font everywhere, bold for the frame captions only.
-    EXPECT_EQ(widget->font().families(), window->font().families());
-    EXPECT_EQ(widget->font().pointSizeF(), 8.25);
-    EXPECT_EQ(widget->font().bold(), QString(c.name).startsWith("Frame"));
+// What a person sees of the form: each control inside its container and below a frame's
+// caption, clear of the others, with room for its caption (in the stand-in font "Cols" is a
+// pixel wider than its labels), each label left of the box it names and on its line, an
+// accessible name, and the dialog font, bold for the frames' captions only.
+TEST_F(WindowTest, ControlsSitInsideTheirFramesClearOfEachOtherWithRoomForTheirCaptions) {
+    window->show();
+    const QList<QWidget*> controls = window->centralWidget()->findChildren<QWidget*>(
+        QRegularExpression("^(Frame|Option|Combo|Label|Text|Grid)\\d$"));
+    ASSERT_EQ(controls.size(), 22);
+    for (const QWidget* c : controls) {
+        const std::string name = c->objectName().toStdString();
+        const QRect place = c->geometry();
+        const QWidget* container = c->parentWidget();
+        const int caption =
+            container->inherits("QGroupBox") ? container->fontMetrics().height() : 0;
+        EXPECT_TRUE(container->rect().adjusted(0, caption, 0, 0).contains(place)) << name;
+        for (const QWidget* other : controls)
+            EXPECT_TRUE(other == c || other->parentWidget() != container ||
+                        !place.intersects(other->geometry()))
+                << name << " and " << other->objectName().toStdString();
+        if (const auto* label = qobject_cast<const QLabel*>(c); label && label->buddy()) {
+            const QRect box = label->buddy()->geometry();
+            EXPECT_TRUE(place.right() < box.left() && box.top() <= place.top() &&
+                        place.bottom() <= box.bottom())
+                << name;
+        }
+        const bool spare = name == "Label1" || name == "Label5";
+        const bool captioned = !c->inherits("QLineEdit") && !c->inherits("GridWidget");
+        EXPECT_LE(captioned ? c->minimumSizeHint().width() : 0, c->width() + spare) << name;
+        EXPECT_FALSE(c->accessibleName().isEmpty()) << name;
+        EXPECT_EQ(c->font().families(), window->font().families()) << name;
+        EXPECT_EQ(c->font().pointSizeF(), 8.25) << name;
+        EXPECT_EQ(c->font().bold(), c->inherits("QGroupBox")) << name;
+    }
 }
-
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(Form, PlacementTest, ::testing::Values(
-    Placement{"Frame1", "client", 60, 60, 7755, 1035},
-    Placement{"Option1", "Frame1", 240, 300, 1455, 195},
-    Placement{"Option2", "Frame1", 3960, 300, 1995, 195},
-    Placement{"Combo1", "Frame1", 480, 540, 2655, 315},
-    Placement{"Combo2", "Frame1", 4200, 540, 2655, 315},
-    Placement{"Frame2", "client", 60, 1140, 7755, 3015},
-    Placement{"Label3", "Frame2", 240, 300, 1035, 195},
-    Placement{"Label2", "Frame2", 1560, 300, 435, 195},
-    Placement{"Text1", "Frame2", 2040, 240, 555, 285},
-    Placement{"Label1", "Frame2", 2700, 300, 315, 195},
-    Placement{"Text2", "Frame2", 3060, 240, 615, 285},
-    Placement{"Label4", "Frame2", 4080, 300, 855, 195},
-    Placement{"Label6", "Frame2", 5400, 300, 435, 195},
-    Placement{"Text3", "Frame2", 5880, 240, 555, 285},
-    Placement{"Label5", "Frame2", 6600, 300, 315, 195},
-    Placement{"Text4", "Frame2", 6960, 240, 555, 285},
-    Placement{"Grid1", "Frame2", 180, 600, 3555, 1875},
-    Placement{"Grid2", "Frame2", 4020, 600, 3555, 1935},
-    Placement{"Label7", "Frame2", 240, 2640, 675, 195},
-    Placement{"Text5", "Frame2", 1080, 2580, 915, 315},
-    Placement{"Frame3", "client", 60, 4200, 7755, 3495},
-    Placement{"Grid3", "Frame3", 180, 300, 7395, 3075}),
-    ByName());
-// clang-format on
 
 TEST_F(WindowTest, ClientAreaAndFontMatchTheAboutBox) {
     const double scale = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 1440.0;
@@ -110,32 +96,40 @@ TEST_F(WindowTest, MenuBarHoldsComputeBetweenFileAndHelp) {
     EXPECT_EQ(window->mnuComp->menu(), nullptr);
     EXPECT_EQ(Captions(window->mnuFileExport),
               (QStringList{"Excel WorkBook...", "HTML ...", "PDF", "CSV", "XML"}));
-    EXPECT_EQ(Captions(window->mnuG3E), (QStringList{"Cut", "Copy", "Paste", "Delete"}));
+    EXPECT_EQ(Captions(window->findChild<QMenu*>("mnuG3E")),
+              (QStringList{"Cut", "Copy", "Paste", "Delete"}));
     window->show();
     window->mnuFileExit->trigger();
     EXPECT_FALSE(window->isVisible());
 }
 
-// (button, x and y past the headings' far edges) -> whether the context menu opens.
-class GridMenuTest : public WindowTest,
-                     public ::testing::WithParamInterface<std::tuple<int, float, float, bool>> {};
+// A mouse button pressed on a grid (1 to 3) with keys held, at a point of its cells' area,
+// whose left and top edges are the headings' far edges -> whether a menu opens; it must be
+// the grid's own, whose Delete clears the cell under the pointer.
+using GridClick = std::tuple<int, Qt::MouseButton, Qt::KeyboardModifier, int, int, bool>;
+class GridMenuTest : public WindowTest, public ::testing::WithParamInterface<GridClick> {};
 
 TEST_P(GridMenuTest, OpensOnlyForTheRightButtonInsideTheCells) {
-    const auto [button, dx, dy, opens] = GetParam();
-    GridWidget& grid = *window->Grid1;
-    emit grid.MouseDown(button, 1, grid.Column(0).Width() + dx, grid.RowHeight(0) + dy);
-    ASSERT_EQ(platform.Count("PopupMenu"), opens ? 1 : 0);
-    if (opens) {
-        EXPECT_EQ(platform.Calls().back().args, QStringList{"mnuG1E"});
-    }
+    const auto [g, button, keys, x, y, opens] = GetParam();
+    window->show();
+    auto* grid = window->findChild<GridWidget*>(QString("Grid%1").arg(g));
+    grid->SetCellText(1, 1, "x");
+    platform.onPopup = [](QMenu& menu) { menu.actions().back()->trigger(); };
+    QTest::mousePress(grid->View().viewport(), button, keys, QPoint(x, y));
+    EXPECT_EQ(platform.Count("PopupMenu"), opens ? 1 : 0);
+    EXPECT_EQ(grid->CellText(1, 1), opens ? "" : "x");
 }
 
-INSTANTIATE_TEST_SUITE_P(Clicks, GridMenuTest,
-                         ::testing::Values(std::tuple(2, 0.5f, 0.5f, true),
-                                           std::tuple(2, 0.0f, 5.0f, false),
-                                           std::tuple(2, 5.0f, 0.0f, false),
-                                           std::tuple(1, 5.0f, 5.0f, false),
-                                           std::tuple(4, 5.0f, 5.0f, false)));
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Clicks, GridMenuTest, ::testing::Values(
+    std::tuple(1, Qt::RightButton, Qt::NoModifier, 1, 1, true),
+    std::tuple(2, Qt::RightButton, Qt::ControlModifier, 5, 5, true),
+    std::tuple(3, Qt::RightButton, Qt::NoModifier, 1, 1, true),
+    std::tuple(1, Qt::RightButton, Qt::NoModifier, 0, 5, false),
+    std::tuple(2, Qt::RightButton, Qt::NoModifier, 5, 0, false),
+    std::tuple(1, Qt::LeftButton, Qt::NoModifier, 5, 5, false),
+    std::tuple(3, Qt::MiddleButton, Qt::NoModifier, 5, 5, false)));
+// clang-format on
 
 TEST_F(WindowTest, WorkbookExportAsksBeforeReplacingThenConfirms) {
     const QString path = QDir::temp().filePath("kelvara-window-export");  // no extension added
