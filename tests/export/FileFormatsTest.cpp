@@ -124,17 +124,18 @@ TEST(EmptyTable, GivesValidEmptyFiles) {
 }
 
 // The sample, texts in other scripts and a text too wide for a page keep their characters;
-// every font the file uses is embedded, as a subset of the glyphs it needs.
+// noncharacters and ill-formed UTF-8 show as U+FFFD. Every font the file uses is embedded,
+// as a subset of the glyphs it needs.
 TEST(Pdf, ShowsEveryTextWithItsFontsEmbedded) {
     Table table = Sample;
     table.push_back({"Ελληνικά кириллица", "12.5", "עברית"});
-    table.push_back({std::string(300, 'w') + " end", "", ""});
+    table.push_back({std::string(300, 'w') + " end", "a\uFFFE\uFDD0b", "c\xFF-d"});
     const TempFolder folder;
     const std::string path = Written(folder, Format::Pdf, table, "out.pdf");
     const std::string text = RunProgram({"pdftotext", "-raw", "-enc", "UTF-8", path, "-"});
     for (const char* expected :
          {"A + B =", "0.333333333333333", "-2.5", "1E-05", "say \"hi\", ok", "<b>&amp;</b>, 1,5",
-          "Ünïcödé €", "Ελληνικά кириллица", "12.5", "wwwwwwwwww"}) {
+          "Ünïcödé €", "Ελληνικά кириллица", "12.5", "wwwwwwwwww", "a\uFFFD\uFFFDb", "c\uFFFD-d"}) {
         EXPECT_NE(text.find(expected), std::string::npos) << expected;
     }
 
