@@ -8,7 +8,6 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -141,9 +140,11 @@ TEST(Pdf, ShowsEveryTextWithItsFontsEmbedded) {
 
     std::istringstream fonts(RunProgram({"pdffonts", path}));
     int lines = 0;
-    for (std::string line; std::getline(fonts, line); ++lines)  // two heading lines, then fonts
-        EXPECT_TRUE(lines < 2 || std::regex_search(line, std::regex(R"(\+.*\s+yes\s+yes\s+yes\s)")))
-            << line;
+    for (std::string line; std::getline(fonts, line); ++lines) {  // two heading lines, then fonts
+        const bool subset = line.find('+') < line.find(' ');      // a tag before the name
+        EXPECT_TRUE(lines < 2 || (subset && line.find(" yes yes yes ") != std::string::npos))
+            << line;  // embedded, a subset, with a character map
+    }
     EXPECT_GT(lines, 2);
 }
 
@@ -189,29 +190,31 @@ TEST(Pdf, PagesHoldTheRowsAndColumnsTheirCaptionsName) {
     const std::string path = Written(folder, Format::Pdf, table, "big.pdf");
     std::istringstream pages(RunProgram({"pdftotext", "-raw", "-enc", "UTF-8", path, "-"}));
 
-    const std::regex caption("^Rows (\\d+)–(\\d+), columns (\\d+)–(\\d+)\n");
     std::set<std::string> seen;
     std::set<std::pair<int, int>> shapes;
     int n = 1;  // the page; a blank page at the end would have no caption
     for (std::string page; std::getline(pages, page, '\f'); ++n) {
-        std::smatch names;
-        ASSERT_TRUE(std::regex_search(page, names, caption)) << page.substr(0, 60);
-        const int firstRow = std::stoi(names[1]) - 1, lastRow = std::stoi(names[2]) - 1;
-        const int firstCol = std::stoi(names[3]) - 1, lastCol = std::stoi(names[4]) - 1;
+        int firstRow = 0, lastRow = 0, firstCol = 0, lastCol = 0, end = 0;
+        ASSERT_EQ(std::sscanf(page.c_str(), "Rows %d–%d, columns %d–%d%n", &firstRow, &lastRow,
+                              &firstCol, &lastCol, &end),
+                  4)
+            << page.substr(0, 60);
+        const std::string caption = page.substr(0, std::size_t(end));
+        --firstRow, --lastRow, --firstCol, --lastCol;
         std::set<std::string> expected;
         for (int r = firstRow; r <= lastRow; ++r)
             for (int c = firstCol; c <= lastCol; ++c)
                 expected.insert(table[std::size_t(r)][std::size_t(c)]);
-        std::istringstream words(names.suffix().str());
+        std::istringstream words(page.substr(std::size_t(end)));
         const std::set<std::string> shown{std::istream_iterator<std::string>(words), {}};
-        EXPECT_EQ(shown, expected) << names[0];
+        EXPECT_EQ(shown, expected) << caption;
         seen.insert(shown.begin(), shown.end());
         const std::pair shape(lastRow - firstRow + 1, lastCol - firstCol + 1);
         shapes.insert(shape);
         RunProgram({"pdftoppm", "-r", "100", "-gray", "-png", "-singlefile", "-f",
                     std::to_string(n), path, folder.Path("page")});
         EXPECT_EQ(GridLines(folder.Path("page.png")), std::pair(shape.first + 1, shape.second + 1))
-            << names[0];
+            << caption;
     }
     EXPECT_GE(shapes.size(), 4u);
     EXPECT_EQ(seen.size(), table.size() * table[0].size());
