@@ -40,7 +40,6 @@ public:
         std::filesystem::remove_all(path_, ignored);
     }
     std::string Path(const std::string& name) const { return (path_ / name).string(); }
-    const std::filesystem::path& Folder() const { return path_; }
 
 private:
     std::filesystem::path path_;
@@ -49,11 +48,8 @@ private:
 inline bool WriteFile(Export::Format format, const Export::CellSource& cells,
                       const std::string& path, char decimalSeparator = '.') {
     std::ofstream file(path, std::ios::binary);
-    return Export::Write(format, cells, decimalSeparator,
-                         [&file](std::string_view bytes) {
-                             return bool(file.write(bytes.data(), std::streamsize(bytes.size())));
-                         }) &&
-           bool(file.flush());
+    auto sink = [&file](std::string_view b) { return bool(file.write(b.data(), std::ssize(b))); };
+    return Export::Write(format, cells, decimalSeparator, sink) && bool(file.flush());
 }
 
 inline std::string ReadFile(const std::string& path) {

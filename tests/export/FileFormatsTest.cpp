@@ -189,7 +189,6 @@ TEST(Pdf, PagesHoldTheRowsAndColumnsTheirCaptionsName) {
     const TempFolder folder;
     const std::string path = Written(folder, Format::Pdf, table, "big.pdf");
     std::istringstream pages(RunProgram({"pdftotext", "-raw", "-enc", "UTF-8", path, "-"}));
-
     std::set<std::string> seen;
     std::set<std::pair<int, int>> shapes;
     int n = 1;  // the page; a blank page at the end would have no caption
@@ -200,11 +199,10 @@ TEST(Pdf, PagesHoldTheRowsAndColumnsTheirCaptionsName) {
                   4)
             << page.substr(0, 60);
         const std::string caption = page.substr(0, std::size_t(end));
-        --firstRow, --lastRow, --firstCol, --lastCol;
         std::set<std::string> expected;
-        for (int r = firstRow; r <= lastRow; ++r)
+        for (int r = firstRow; r <= lastRow; ++r)  // 1-based
             for (int c = firstCol; c <= lastCol; ++c)
-                expected.insert(table[std::size_t(r)][std::size_t(c)]);
+                expected.insert(table[std::size_t(r - 1)][std::size_t(c - 1)]);
         std::istringstream words(page.substr(std::size_t(end)));
         const std::set<std::string> shown{std::istream_iterator<std::string>(words), {}};
         EXPECT_EQ(shown, expected) << caption;

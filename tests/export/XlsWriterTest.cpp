@@ -267,7 +267,7 @@ TEST(XlsWriter, LibreOfficeReadsEveryWorksheet) {
     RunProgram({"soffice", "-env:UserInstallation=file://" + folder.Path("profile"), "--headless",
                 "--convert-to",
                 "csv:Text - txt - csv (StarCalc):9,34,76,1,,0,false,true,false,false,false,-1",
-                "--outdir", folder.Folder().string(), path});
+                "--outdir", folder.Path(""), path});
     std::vector<std::string> sheets = {"sheets"};
     const std::vector<std::string> names = {"Columns 1-256", "Columns 257-512", "Columns 513-600"};
     for (const std::string& name : names)
