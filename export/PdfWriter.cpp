@@ -32,6 +32,7 @@
 #include <vector>
 
 #include "NumberShape.h"
+#include "Utf8.h"
 
 namespace Pdf {
 
@@ -66,6 +67,28 @@ cairo_status_t WriteBytes(void* closure, const unsigned char* data, unsigned int
     return sink(std::string_view(reinterpret_cast<const char*>(data), length))
                ? CAIRO_STATUS_SUCCESS
                : CAIRO_STATUS_WRITE_ERROR;
+}
+
+// The text as Pango may hand it to cairo: cairo refuses the whole document over a text that
+// is not well-formed UTF-8 or holds NUL or a noncharacter (U+FDD0 to U+FDEF, the last two
+// codes of every plane), so each of those shows as U+FFFD. Answers text itself when it has
+// none of them, else `copy` holding the mended text.
+std::string_view CairoText(std::string_view text, std::string& copy) {
+    auto refused = [](char32_t c) {
+        return c == 0 || (c >= 0xFDD0 && c <= 0xFDEF) || (c & 0xFFFE) == 0xFFFE;
+    };
+    std::size_t at = 0, length = 0;
+    for (; at < text.size(); at += length) {
+        const char32_t c = Utf8::Decode(text, at, length);
+        if (refused(c) || (c == 0xFFFD && text.substr(at, 3) != "\uFFFD")) break;
+    }
+    if (at == text.size()) return text;
+    copy.assign(text.substr(0, at));
+    for (; at < text.size(); at += length) {
+        const char32_t c = Utf8::Decode(text, at, length);
+        Utf8::Append(copy, refused(c) ? U'\uFFFD' : c);
+    }
+    return copy;
 }
 
 // The rows and columns one page holds.
@@ -318,7 +341,7 @@ private:
 
     double LayoutWidth(std::string_view text) {
         pango_layout_set_width(layout_.get(), -1);
-        pango_layout_set_text(layout_.get(), text.data(), int(text.size()));
+        SetLayoutText(text);
         PangoRectangle logical;
         pango_layout_get_extents(layout_.get(), nullptr, &logical);
         return double(logical.width) / PANGO_SCALE;
@@ -340,10 +363,15 @@ private:
         }
     }
 
+    void SetLayoutText(std::string_view text) {
+        text = CairoText(text, mended_);
+        pango_layout_set_text(layout_.get(), text.data(), int(text.size()));
+    }
+
     // A text laid out by Pango with its baseline at (x, baseline), cut short with an
     // ellipsis when wider than `room` (room < 0: never).
     void ShowLayout(double x, double baseline, std::string_view text, double room) {
-        pango_layout_set_text(layout_.get(), text.data(), int(text.size()));
+        SetLayoutText(text);
         pango_layout_set_width(layout_.get(), room < 0 ? -1 : int(room * PANGO_SCALE));
         pango_layout_set_ellipsize(layout_.get(),
                                    room < 0 ? PANGO_ELLIPSIZE_NONE : PANGO_ELLIPSIZE_END);
@@ -498,6 +526,7 @@ private:
     std::vector<double> widths_;
     std::vector<double> lefts_;
     std::vector<cairo_glyph_t> run_;  // the caption's glyphs
+    std::string mended_;              // a text mended for cairo (CairoText)
     std::map<std::pair<int, int>, Owned<cairo_pattern_t, cairo_pattern_destroy>> gridLines_;
     double width_ = 0, height_ = 0;
     double ascent_ = 0, descent_ = 0;

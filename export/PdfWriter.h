@@ -5,7 +5,7 @@
 // many rows and columns as fit; columns that do not fit continue on further pages, taken in
 // the order a spreadsheet prints: all rows of the first columns, then the next columns. A
 // line at the top of each page names the rows and columns it holds. Texts are real text, so
-// a reader can select and search them.
+// a reader can select and search them; NUL, noncharacters and ill-formed UTF-8 show as U+FFFD.
 
 #include "CellSource.h"
 

@@ -2,10 +2,6 @@
 // (Python's .xls reader) and LibreOffice, for the cases that need large or unusual sheets.
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <climits>
 #include <cstdio>
 #include <functional>
@@ -13,6 +9,7 @@
 #include <tuple>
 #include <vector>
 
+#include "ExportFiles.h"
 #include "FreeXlSheet.h"
 #include "NamedRows.h"
 #include "XlsWriter.h"
@@ -35,30 +32,15 @@ private:
     mutable std::string current_;
 };
 
-bool WriteFile(const Export::CellSource& cells, const QString& path, std::string* bytes = nullptr) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && Xls::WriteWorkbook(cells, [&](std::string_view part) {
-               if (bytes != nullptr) bytes->append(part);
-               return file.write(part.data(), qint64(part.size())) == qint64(part.size());
-           });
-}
-
 // Writes the workbook into a file and reads its first sheet back with libfreexl from row
 // firstRow on; also gives the file's bytes.
 XlsSheet RoundTrip(const Export::CellSource& cells, unsigned firstRow = 0,
                    std::string* bytes = nullptr) {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("book.xls"));
-    EXPECT_TRUE(WriteFile(cells, path, bytes));
-    return ReadXls(path.toStdString(), firstRow);
-}
-
-std::string RunProgram(const QString& program, const QStringList& args) {
-    QProcess process;
-    process.start(program, args);
-    EXPECT_TRUE(process.waitForFinished(120000)) << program.toStdString();
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    return process.readAllStandardOutput().toStdString();
+    const TempFolder folder;
+    const std::string path = folder.Path("book.xls");
+    EXPECT_TRUE(WriteFile(Export::Format::Workbook, cells, path));
+    if (bytes != nullptr) *bytes = ReadFile(path);
+    return ReadXls(path, firstRow);
 }
 
 // A workbook as a text: per sheet a line "# name", then a line "row col value" per non-empty
@@ -73,16 +55,11 @@ std::string Number(double value) {
     return text;
 }
 
-std::string XlrdDump(const QString& path) {
-    return RunProgram(QStringLiteral("/usr/bin/python3"),
-                      {QStringLiteral(KELVARA_EXPORT_TEST_DIR "/xlrd-dump.py"), path});
-}
-
-std::string FreeXlDump(const QString& path) {
+std::string FreeXlDump(const std::string& path) {
     std::string out;
-    const unsigned sheets = ReadXls(path.toStdString(), UINT_MAX).sheetCount;
+    const unsigned sheets = ReadXls(path, UINT_MAX).sheetCount;
     for (unsigned short s = 0; s < sheets; ++s) {
-        const XlsSheet sheet = ReadXls(path.toStdString(), 0, s);
+        const XlsSheet sheet = ReadXls(path, 0, s);
         if (!sheet.opened) return "unreadable";
         out += "# " + sheet.name + "\n";
         for (unsigned r = 0; r < sheet.rows; ++r) {
@@ -137,11 +114,11 @@ std::string ExpectedDump(const FunctionSource& cells, const std::vector<std::str
 // what `kept` holds, on worksheets with the given names.
 void ExpectReadersFind(const Export::CellSource& cells, const FunctionSource& kept,
                        const std::vector<std::string>& names, bool freexl = true) {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("book.xls"));
-    ASSERT_TRUE(WriteFile(cells, path));
+    const TempFolder folder;
+    const std::string path = folder.Path("book.xls");
+    ASSERT_TRUE(WriteFile(Export::Format::Workbook, cells, path));
     const std::string expected = ExpectedDump(kept, names);
-    EXPECT_TRUE(SameDump(XlrdDump(path), expected));
+    EXPECT_TRUE(SameDump(ReadBack({"xls", path}), expected));
     if (freexl) {
         EXPECT_TRUE(SameDump(FreeXlDump(path), expected));
     }
@@ -278,40 +255,22 @@ TEST(XlsWriter, TextLongerThanACellHoldsIsCut) {
 }
 
 // LibreOffice reads a workbook that continues over three worksheets, with texts outside
-// the basic plane, cell for cell: each sheet converted to CSV (the workbook's raw values,
-// UTF-8).
+// the basic plane, cell for cell: each sheet converted to a tab-separated file (the
+// workbook's raw values, UTF-8).
 TEST(XlsWriter, LibreOfficeReadsEveryWorksheet) {
     const FunctionSource cells(40, 600, [](int r, int c) {
         return (r + c) % 4 == 0 ? std::string() : Mixed(r * 600 + c);
     });
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("wide.xls"));
-    ASSERT_TRUE(WriteFile(cells, path));
-    RunProgram(
-        QStringLiteral("soffice"),
-        {QStringLiteral("-env:UserInstallation=file://") + dir.filePath(QStringLiteral("profile")),
-         QStringLiteral("--headless"), QStringLiteral("--convert-to"),
-         QStringLiteral("csv:Text - txt - csv (StarCalc):9,34,76,1,,0,false,true,false,false,"
-                        "false,-1"),
-         QStringLiteral("--outdir"), dir.path(), path});
-
-    std::string found;
+    const TempFolder folder;
+    const std::string path = folder.Path("wide.xls");
+    ASSERT_TRUE(WriteFile(Export::Format::Workbook, cells, path));
+    RunProgram({"soffice", "-env:UserInstallation=file://" + folder.Path("profile"), "--headless",
+                "--convert-to",
+                "csv:Text - txt - csv (StarCalc):9,34,76,1,,0,false,true,false,false,false,-1",
+                "--outdir", folder.Path(""), path});
+    std::vector<std::string> sheets = {"sheets"};
     const std::vector<std::string> names = {"Columns 1-256", "Columns 257-512", "Columns 513-600"};
-    for (const std::string& name : names) {
-        QFile csv(dir.filePath(QStringLiteral("wide-%1.csv").arg(QString::fromStdString(name))));
-        ASSERT_TRUE(csv.open(QIODevice::ReadOnly)) << name;
-        const QStringList lines = QString::fromUtf8(csv.readAll()).split(QLatin1Char('\n'));
-        std::string body;
-        for (int r = 0; r < lines.size(); ++r) {
-            QString line = lines[r];
-            if (line.endsWith(QLatin1Char('\r'))) line.chop(1);
-            const QStringList fields = line.split(QLatin1Char('\t'));
-            for (int c = 0; c < fields.size(); ++c) {
-                if (fields[c].isEmpty()) continue;
-                body += Line(std::to_string(r), std::to_string(c), fields[c].toStdString());
-            }
-        }
-        found += "# " + name + "\n" + body;
-    }
-    EXPECT_TRUE(SameDump(found, ExpectedDump(cells, names)));
+    for (const std::string& name : names)
+        sheets.push_back(name + "=" + folder.Path("wide-" + name + ".csv"));
+    EXPECT_TRUE(SameDump(ReadBack(sheets), ExpectedDump(cells, names)));
 }
