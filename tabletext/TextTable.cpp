@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
 std::string_view TextTable::Cell(int row, int col) const {
     if (row < 0 || row >= Rows() || col < 0) return {};
@@ -78,6 +79,13 @@ std::vector<std::vector<std::string>> TextTable::ToVectors() const {
                 Cell(row, static_cast<int>(i - first)));
     }
     return rows;
+}
+
+TextTable TextTable::Refused(std::string reason) {
+    TextTable table;
+    table.refusal_ = reason.empty() ? std::string("The text cannot be read as a matrix.")
+                                    : std::move(reason);
+    return table;
 }
 
 TextTable TextTable::FromVectors(const std::vector<std::vector<std::string>>& rows) {

@@ -64,6 +64,13 @@ public:
     std::vector<std::vector<std::string>> ToVectors() const;
     static TextTable FromVectors(const std::vector<std::vector<std::string>>& rows);
 
+    // A text that clearly shows a matrix which cannot be read exactly (a shortened printout,
+    // complex or non-finite entries) is refused rather than read as some other matrix: the
+    // table holds no cells and says why, in one sentence the user is shown.
+    static TextTable Refused(std::string reason);
+    bool IsRefused() const { return !refusal_.empty(); }
+    const std::string& Refusal() const { return refusal_; }
+
 private:
     void UpdateKeep() { keep_ = rowsRead_ <= bound_.rows && cellsInRow_ < bound_.cols; }
 
@@ -79,4 +86,5 @@ private:
     int colsRead_ = 0;       // the most cells any row had
     int firstRowCells_ = 0;  // the length of the first row, once it has ended
     bool uneven_ = false;    // a row that has ended differed from the first in length
+    std::string refusal_;    // why the text was refused; empty when it was not
 };
