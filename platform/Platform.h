@@ -15,6 +15,7 @@ public:
     static constexpr int YesNo = 4;
     static constexpr int Question = 32;
     static constexpr int Exclamation = 48;
+    static constexpr int Information = 64;
     static constexpr int AnswerOk = 1;
     static constexpr int AnswerYes = 6;
     static constexpr int AnswerNo = 7;
