@@ -37,6 +37,8 @@ void TextTable::EndCell() {
     if (keep_) {
         cellEnds_.push_back(bytes_.size());
         cols_ = std::max(cols_, static_cast<int>(cellEnds_.size() - rowStarts_.back()));
+    } else if (InsideRowsAndCols()) {
+        excess_ = true;
     }
     if (cellsInRow_ < INT_MAX) ++cellsInRow_;
     colsRead_ = std::max(colsRead_, cellsInRow_);
@@ -45,8 +47,8 @@ void TextTable::EndCell() {
 
 void TextTable::Reserve(std::size_t bytes, std::size_t cells) {
     // A bounded table keeps at most its bound's share of what the text holds.
-    const std::size_t most =
-        static_cast<std::size_t>(bound_.rows) * static_cast<std::size_t>(bound_.cols);
+    const std::size_t most = std::min(bound_.cells, static_cast<std::size_t>(bound_.rows) *
+                                                        static_cast<std::size_t>(bound_.cols));
     if (cells > most) {
         bytes = static_cast<std::size_t>(static_cast<double>(bytes) * static_cast<double>(most) /
                                          static_cast<double>(cells));
@@ -83,8 +85,8 @@ std::vector<std::vector<std::string>> TextTable::ToVectors() const {
 
 TextTable TextTable::Refused(std::string reason) {
     TextTable table;
-    table.refusal_ = reason.empty() ? std::string("The text cannot be read as a matrix.")
-                                    : std::move(reason);
+    table.refusal_ =
+        reason.empty() ? std::string("The text cannot be read as a matrix.") : std::move(reason);
     return table;
 }
 

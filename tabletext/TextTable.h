@@ -3,14 +3,18 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-// How many rows and columns a table keeps; what lies beyond is read but not stored.
+// How many rows and columns a table keeps, and how many cells in all; what lies beyond is
+// read but not stored. The count of cells guards against texts that stand for far more
+// cells than they hold, such as a web page's table of huge spans.
 struct TableBound {
     int rows = INT_MAX;
     int cols = INT_MAX;
+    std::size_t cells = SIZE_MAX;
 };
 
 // A table of UTF-8 texts kept in one buffer: rows may be of different lengths, and a cell
@@ -52,9 +56,10 @@ public:
     int ColsRead() const { return colsRead_; }
     bool EvenRows() const { return !uneven_ && (rowsRead_ < 2 || cellsInRow_ == firstRowCells_); }
     // Whether the bound cut anything off.
-    bool Cropped() const { return rowsRead_ > Rows() || colsRead_ > cols_; }
-    // Whether a row beyond the bound has begun: nothing more will be stored.
-    bool Full() const { return rowsRead_ > bound_.rows; }
+    bool Cropped() const { return rowsRead_ > Rows() || colsRead_ > cols_ || excess_; }
+    // Whether a row beyond the bound has begun, or a cell beyond its count of cells has
+    // ended: nothing more will be stored.
+    bool Full() const { return rowsRead_ > bound_.rows || excess_; }
     TableBound Bound() const { return bound_; }
 
     // Bytes of memory the table holds.
@@ -72,7 +77,8 @@ public:
     const std::string& Refusal() const { return refusal_; }
 
 private:
-    void UpdateKeep() { keep_ = rowsRead_ <= bound_.rows && cellsInRow_ < bound_.cols; }
+    bool InsideRowsAndCols() const { return rowsRead_ <= bound_.rows && cellsInRow_ < bound_.cols; }
+    void UpdateKeep() { keep_ = InsideRowsAndCols() && cellEnds_.size() < bound_.cells; }
 
     std::string bytes_;
     std::vector<std::size_t> cellEnds_;   // where each cell's text ends in bytes_
@@ -86,5 +92,6 @@ private:
     int colsRead_ = 0;       // the most cells any row had
     int firstRowCells_ = 0;  // the length of the first row, once it has ended
     bool uneven_ = false;    // a row that has ended differed from the first in length
+    bool excess_ = false;    // a cell inside the rows and columns was left out for the count
     std::string refusal_;    // why the text was refused; empty when it was not
 };

@@ -88,6 +88,20 @@ INSTANTIATE_TEST_SUITE_P(
                   "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
     ByName());
 
+// A count of cells keeps no more than it allows, stops the reading and says so, also where a
+// few bytes of spans stand for millions of cells; a table of exactly that count is whole.
+TEST(BoundedParse, CountOfCellsKeepsNoMore) {
+    std::string spans = "<table><tr>";
+    for (int i = 0; i < 40; ++i)
+        spans += "<td colspan=1000 rowspan=1000>" + std::to_string(i) + "</td>";
+    const TextTable html = ParseHtmlTable(spans + "<tr><tr></table>", {INT_MAX, INT_MAX, 5000});
+    EXPECT_TRUE(html.Cropped() && html.Full());
+    EXPECT_LE(html.Bytes(), 5000 * 2 * sizeof(std::size_t) + 1024);
+    EXPECT_FALSE(ParseTsv("1\t2\t3\n4\t5\t6", {INT_MAX, INT_MAX, 6}).Cropped());
+    EXPECT_EQ(ParseTsv("1\t2\t3\n4\t5\t6", {INT_MAX, INT_MAX, 5}).ToVectors(),
+              (Rows{{"1", "2", "3"}, {"4", "5"}}));
+}
+
 const Rows kAwkward = {{"1", "-2.5E-07", ""},
                        {"tab\there", "line\nbreak", "\"quoted\""},
                        {"a & <b>", "\xC3\xA9t\xC3\xA9", " spaced"}};
