@@ -5,6 +5,7 @@
 #include <QMimeData>
 #include <QUndoStack>
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -13,6 +14,10 @@
 #include "GridModel.h"
 
 namespace {
+
+// A paste that may grow the grid keeps at most this many cells: more than a text copied by
+// hand holds, and little memory when a web page's spans stand for millions of empty cells.
+constexpr std::size_t kMostGrownCells = std::size_t(1) << 23;
 
 // The cells of a range that lie inside the grid's data cells.
 QRect InsideGrid(const GridModel& model, QRect cells) {
@@ -178,8 +183,12 @@ std::unique_ptr<CellBlockCommand> FillPieces(GridModel& model, const QList<QRect
 }  // namespace
 
 GridSelection::GridSelection(GridModel& model, QList<QRect> ranges, QUndoStack* undo,
-                             Selector select)
-    : model_(model), ranges_(std::move(ranges)), undo_(undo), select_(std::move(select)) {}
+                             Selector select, PasteRules rules)
+    : model_(model),
+      ranges_(std::move(ranges)),
+      undo_(undo),
+      select_(std::move(select)),
+      rules_(std::move(rules)) {}
 
 bool GridSelection::Copy() {
     const TextTable table = SelectedTable(model_, ranges_);
@@ -200,12 +209,18 @@ bool GridSelection::Paste() {
     if (pieces.isEmpty()) return false;
     const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
     if (mime == nullptr) return false;
-    // The clipboard is read only as far as the grid reaches from the selection's corner.
+    // The clipboard is read only as far as the grid reaches from the selection's corner, or
+    // as far as the grid may grow.
     QRect box;
     for (const QRect& piece : pieces)
         box |= piece;
-    const TableBound bound{model_.Rows() - box.top(), model_.Cols() - box.left()};
-    TextTable table = ClipboardFormats::FromMimeData(*mime, bound);
+    const bool mayGrow = rules_.most > 0 && rules_.grow;
+    const int mostRows = mayGrow ? std::max(rules_.most, model_.Rows() - 1) : model_.Rows() - 1;
+    const int mostCols = mayGrow ? std::max(rules_.most, model_.Cols() - 1) : model_.Cols() - 1;
+    TextTable table = ClipboardFormats::FromMimeData(
+        *mime, TableBound{mostRows - box.top() + 1, mostCols - box.left() + 1,
+                          mayGrow ? kMostGrownCells : SIZE_MAX});
+    if (table.IsRefused()) return Refuse(QString::fromStdString(table.Refusal()));
     if (table.IsEmpty()) return false;
 
     const QString label = QStringLiteral("Paste");
@@ -229,11 +244,28 @@ bool GridSelection::Paste() {
             Tiled(table, cells.height() / table.Rows(), cells.width() / table.Cols()));
     } else {
         target = QRect(cells.left(), cells.top(), table.Cols(), table.Rows());
+        if (mayGrow && table.Cropped())
+            return Refuse(QStringLiteral("The pasted table is too large: a paste fills at most "
+                                         "%1 rows, %1 columns and %2 cells.")
+                              .arg(rules_.most)
+                              .arg(kMostGrownCells));
+        // The grid grows before the cells are written, so undoing the paste empties them
+        // again and leaves the grid at its new size.
+        const int rowsNeeded = std::max(target.bottom(), model_.Rows() - 1);
+        const int colsNeeded = std::max(target.right(), model_.Cols() - 1);
+        if (mayGrow && (rowsNeeded >= model_.Rows() || colsNeeded >= model_.Cols()) &&
+            !rules_.grow(rowsNeeded, colsNeeded))
+            return false;
         texts = CellBlock::FromTable(std::move(table));
     }
     Record(undo_, std::make_unique<CellBlockCommand>(model_, target, std::move(texts), label));
     if (select_) select_(InsideGrid(model_, target));
     return true;
+}
+
+bool GridSelection::Refuse(const QString& reason) const {
+    if (rules_.refuse) rules_.refuse(reason);
+    return false;
 }
 
 void GridSelection::ClearContents() {

@@ -237,6 +237,7 @@ struct GridWidget::Parts {
     bool followingScroll = false;          // the model's top row is being set from the view
     bool topRowPending = false;            // the model's top row still has to reach the view
     bool syncingSizes = false;             // sizes are flowing from the model to the view
+    PasteRules pasteRules;                 // the owner's say over pastes
 
     void ReportPress(QWidget* source, QMouseEvent* event);
     bool HandleKey(QKeyEvent* event);
@@ -497,13 +498,20 @@ GridSelection GridWidget::Selection() {
         if (const QModelIndex current = p_->view->currentIndex(); current.isValid())
             ranges.append(QRect(current.column() + 1, current.row() + 1, 1, 1));
     }
-    return GridSelection(p_->model, std::move(ranges), &p_->undo, [this](QRect cells) {
-        if (cells.isEmpty()) return;
-        QAbstractItemModel* shown = p_->view->model();
-        const QModelIndex first = shown->index(cells.top() - 1, cells.left() - 1);
-        const QModelIndex last = shown->index(cells.bottom() - 1, cells.right() - 1);
-        QItemSelectionModel* selection = p_->view->selectionModel();
-        selection->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
-        selection->select(QItemSelection(first, last), QItemSelectionModel::ClearAndSelect);
-    });
+    return GridSelection(
+        p_->model, std::move(ranges), &p_->undo,
+        [this](QRect cells) {
+            if (cells.isEmpty()) return;
+            QAbstractItemModel* shown = p_->view->model();
+            const QModelIndex first = shown->index(cells.top() - 1, cells.left() - 1);
+            const QModelIndex last = shown->index(cells.bottom() - 1, cells.right() - 1);
+            QItemSelectionModel* selection = p_->view->selectionModel();
+            selection->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+            selection->select(QItemSelection(first, last), QItemSelectionModel::ClearAndSelect);
+        },
+        p_->pasteRules);
+}
+
+void GridWidget::SetPasteRules(PasteRules rules) {
+    p_->pasteRules = std::move(rules);
 }

@@ -55,6 +55,8 @@ public:
 
     // The currently selected cells, as a fresh object for one edit operation.
     GridSelection Selection();
+    // What the grid's owner decides about pastes, by Ctrl+V and by its own menu alike.
+    void SetPasteRules(PasteRules rules);
 
     // The grid's own undo history of edits (typing, cut, paste, delete).
     QUndoStack& UndoStack();
