@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <vector>
 
 #include "About.h"
 #include "Checked.h"
@@ -46,6 +47,10 @@ const char* const TypedText = "typedText";
 
 // Data columns of the grids are this wide, in the grid's own unit.
 constexpr int DataColumnWidth = 60;
+
+// The largest count of rows or columns a grid takes: a box's count n makes the grid n + 1
+// long, a 16-bit count.
+constexpr int MostCount = 32766;
 
 double ValueOf(const QString& text) {
     const QByteArray utf8 = text.toUtf8();
@@ -165,6 +170,21 @@ void frmMatrix::ConnectHandlers() {
             connect(mnuGEItems[index][command], &QAction::triggered, this, [this, index, command] {
                 Guarded([&] { mnuGE_Click(index, EditCommand(command)); });
             });
+        // Ctrl+V and the menu's Paste ask the window alike before a paste is written.
+        PasteRules rules;
+        rules.most = MostCount;
+        rules.grow = [this, index](int rows, int cols) {
+            bool cancel = true;  // a run-time error pastes nothing
+            Guarded([&] {
+                cancel = false;
+                Grid_PasteBeyond(index, rows, cols, cancel);
+            });
+            return !cancel;
+        };
+        rules.refuse = [this, index](const QString& reason) {
+            Guarded([&] { Grid_PasteRefused(index, reason); });
+        };
+        Grids()[index]->SetPasteRules(std::move(rules));
     }
 
     // An option button reacts when it becomes selected, by the user or from code.
@@ -298,53 +318,26 @@ void frmMatrix::Text1_KeyUp(int& KeyCode, int /*Shift*/) {
         KeyCode = 0;
         return;
     }
-    const std::int16_t n = DimensionOf(Text1);
-    Grid1->SetRows(Count(n + 1));
-    NumberRowHeadings(*Grid1);
+    DimensionTyped(Text1);
 }
 
 // Columns of A: refused when the operation chosen in the enabled list needs another shape
 // of A.
 void frmMatrix::Text2_KeyUp(int& KeyCode, int /*Shift*/) {
-    const int old = Grid1->Cols() - 1;
     if (!DimensionKey(KeyCode)) {
         KeyCode = 0;
         return;
     }
-    const std::int16_t n = DimensionOf(Text2);
-    const double rows = std::floor(ValueOf(Text1->text()));
-    for (const QComboBox* list : {Combo1, Combo2}) {
-        const OperationRow* chosen = list->isEnabled() ? Chosen(*list) : nullptr;
-        if (chosen == nullptr) continue;
-        if (chosen->columnsOfA == ColumnsOfA::EqualToRows && rows != n) {
-            DimensionCheck(Text2, old, SquareMessage);
-            return;
-        }
-        if (chosen->columnsOfA == ColumnsOfA::AtMostRows && rows < n) {
-            DimensionCheck(Text2, old, QRMessage);
-            return;
-        }
-    }
-    Grid1->SetCols(Count(n + 1));
-    SizeAndNumberColumns(*Grid1);
+    DimensionTyped(Text2);
 }
 
 // Rows of B: refused when the chosen computation needs them to match the columns of A.
 void frmMatrix::Text3_KeyUp(int& KeyCode, int /*Shift*/) {
-    const int old = Grid2->Rows() - 1;
     if (!DimensionKey(KeyCode)) {
         KeyCode = 0;
         return;
     }
-    const std::int16_t n = DimensionOf(Text3);
-    const double cols = std::floor(ValueOf(Text2->text()));
-    const OperationRow* chosen = Combo1->isEnabled() ? Chosen(*Combo1) : nullptr;
-    if (chosen != nullptr && chosen->rowsOfBEqualColumnsOfA && cols != n) {
-        DimensionCheck(Text3, old, ProductMessage);
-        return;
-    }
-    Grid2->SetRows(Count(n + 1));
-    NumberRowHeadings(*Grid2);
+    DimensionTyped(Text3);
 }
 
 // Columns of B.
@@ -353,9 +346,48 @@ void frmMatrix::Text4_KeyUp(int& KeyCode, int /*Shift*/) {
         KeyCode = 0;
         return;
     }
-    const std::int16_t n = DimensionOf(Text4);
-    Grid2->SetCols(Count(n + 1));
-    SizeAndNumberColumns(*Grid2);
+    DimensionTyped(Text4);
+}
+
+// A count typed into a dimension box, or set there by a paste: refused when the chosen
+// operation cannot use it, otherwise the grid takes it at once and numbers its headings.
+void frmMatrix::DimensionTyped(QLineEdit* box) {
+    GridWidget& grid = box == Text1 || box == Text2 ? *Grid1 : *Grid2;
+    const bool rows = box == Text1 || box == Text3;
+    const int old = (rows ? grid.Rows() : grid.Cols()) - 1;
+    const std::int16_t n = DimensionOf(box);
+    if (const QString refusal = DimensionRefusal(box, n); !refusal.isEmpty()) {
+        DimensionCheck(box, old, refusal);
+        return;
+    }
+    if (rows) {
+        grid.SetRows(Count(n + 1));
+        NumberRowHeadings(grid);
+    } else {
+        grid.SetCols(Count(n + 1));
+        SizeAndNumberColumns(grid);
+    }
+}
+
+// Why the chosen operation cannot use the count n in the box, or nothing. The columns of A
+// are compared with the rows box of A, the rows of B with the columns box of A, each read
+// rounded down; the other boxes are never checked.
+QString frmMatrix::DimensionRefusal(const QLineEdit* box, std::int16_t n) const {
+    if (box == Text2) {
+        const double rows = std::floor(ValueOf(Text1->text()));
+        for (const QComboBox* list : {Combo1, Combo2}) {
+            const OperationRow* chosen = list->isEnabled() ? Chosen(*list) : nullptr;
+            if (chosen == nullptr) continue;
+            if (chosen->columnsOfA == ColumnsOfA::EqualToRows && rows != n) return SquareMessage;
+            if (chosen->columnsOfA == ColumnsOfA::AtMostRows && rows < n) return QRMessage;
+        }
+    }
+    if (box == Text3) {
+        const double cols = std::floor(ValueOf(Text2->text()));
+        const OperationRow* chosen = Combo1->isEnabled() ? Chosen(*Combo1) : nullptr;
+        if (chosen != nullptr && chosen->rowsOfBEqualColumnsOfA && cols != n) return ProductMessage;
+    }
+    return QString();
 }
 
 // The constant, kept as typed, without rounding.
@@ -465,6 +497,48 @@ void frmMatrix::mnuGE_Click(int Index, EditCommand Command) {
             selection.ClearContents();
             break;
     }
+}
+
+// A paste into A or B that reaches beyond the grid: the boxes take the counts that hold it,
+// as if the user had typed them (rows first, so that a square A can grow), and the grid
+// follows them. A count the chosen operation refuses is refused as a typed one is, before
+// anything changes, and Cancel keeps the paste from being written. The result sheet simply
+// grows, as it does for a result.
+void frmMatrix::Grid_PasteBeyond(int Index, int Rows, int Cols, bool& Cancel) {
+    GridWidget& grid = *Grids()[Index];
+    if (&grid == Grid3) {
+        grid.SetRows(std::max(grid.Rows(), Rows + 1));
+        grid.SetCols(std::max(grid.Cols(), Cols + 1));
+        return;
+    }
+    QLineEdit* const rowsBox = &grid == Grid1 ? Text1 : Text3;
+    QLineEdit* const colsBox = &grid == Grid1 ? Text2 : Text4;
+    const QString rowsText = rowsBox->text(), colsText = colsBox->text();
+    std::vector<QLineEdit*> changed;
+    if (Rows > grid.Rows() - 1) {
+        rowsBox->setText(QString::number(Rows));
+        changed.push_back(rowsBox);
+    }
+    if (Cols > grid.Cols() - 1) {
+        colsBox->setText(QString::number(Cols));
+        changed.push_back(colsBox);
+    }
+    for (const QLineEdit* box : changed) {
+        if (const QString refusal = DimensionRefusal(box, DimensionOf(box)); !refusal.isEmpty()) {
+            platform_.MessageBox(refusal, Platform::OkOnly, ProgramName);
+            rowsBox->setText(rowsText);
+            colsBox->setText(colsText);
+            Cancel = true;
+            return;
+        }
+    }
+    for (QLineEdit* box : changed)
+        DimensionTyped(box);
+}
+
+// A paste that writes nothing, and why.
+void frmMatrix::Grid_PasteRefused(int /*Index*/, const QString& Reason) {
+    platform_.MessageBox(Reason, Platform::Information, ProgramName);
 }
 
 // ---- Exports --------------------------------------------------------------------------

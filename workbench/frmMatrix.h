@@ -77,6 +77,10 @@ public:
     enum class EditCommand { Cut, Copy, Paste, Delete };
     void Grid_MouseDown(int Index, int Button, int Shift, float x, float y);
     void mnuGE_Click(int Index, EditCommand Command);
+    // A paste into a grid, by Ctrl+V or its menu, needs the grid to hold Rows x Cols data
+    // cells (setting Cancel writes nothing); a paste that writes nothing, and why.
+    void Grid_PasteBeyond(int Index, int Rows, int Cols, bool& Cancel);
+    void Grid_PasteRefused(int Index, const QString& Reason);
 
     // Exporting the result sheet.
     void mnuFileExcel_Click();
@@ -168,6 +172,8 @@ private:
 
     // The operation chosen in a list (Combo1 or Combo2); none while it shows typed text.
     const OperationRow* Chosen(const QComboBox& list) const;
+    void DimensionTyped(QLineEdit* box);
+    QString DimensionRefusal(const QLineEdit* box, std::int16_t n) const;
     void DimensionCheck(QLineEdit* box, int old, const QString& message);
     void ExportResults(Export::Format format);
     void ShowSaveDialog();
