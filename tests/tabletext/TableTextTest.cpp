@@ -97,9 +97,8 @@ TEST(BoundedParse, CountOfCellsKeepsNoMore) {
     const TextTable html = ParseHtmlTable(spans + "<tr><tr></table>", {INT_MAX, INT_MAX, 5000});
     EXPECT_TRUE(html.Cropped() && html.Full());
     EXPECT_LE(html.Bytes(), 5000 * 2 * sizeof(std::size_t) + 1024);
-    EXPECT_FALSE(ParseTsv("1\t2\t3\n4\t5\t6", {INT_MAX, INT_MAX, 6}).Cropped());
-    EXPECT_EQ(ParseTsv("1\t2\t3\n4\t5\t6", {INT_MAX, INT_MAX, 5}).ToVectors(),
-              (Rows{{"1", "2", "3"}, {"4", "5"}}));
+    for (const std::size_t cells : {5, 6})
+        EXPECT_EQ(ParseTsv("1\t2\t3\n4\t5\t6", {INT_MAX, INT_MAX, cells}).Cropped(), cells == 5);
 }
 
 const Rows kAwkward = {{"1", "-2.5E-07", ""},
