@@ -1,5 +1,7 @@
 #include "DelimitedText.h"
 
+#include "NumberShape.h"
+
 namespace TableText {
 
 namespace {
@@ -25,9 +27,11 @@ bool IsSpaceOrTab(char c) {
 // Reads delimited text with double-quote quoting into a table. A field that opens with a
 // quote but does not close properly (the closing quote followed by something other than a
 // separator or a line end) is read as plain text. Unless readAll, reading stops once the
-// table's bound is full.
+// table's bound is full. Unless decimalSeparator is '\0' or ',', an unquoted field that is a
+// number with a decimal comma is written with decimalSeparator.
 TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks, TableBound bound,
-                         bool readAll) {
+                         bool readAll, char decimalSeparator = '\0') {
+    constexpr NumberSyntax kDecimalComma{",", "Ee", false};
     TextTable table(bound);
     if (text.empty()) return table;
     // A line end after the last row closes that row; it does not open another.
@@ -92,7 +96,15 @@ TextTable ParseDelimited(std::string_view text, char separator, bool trimBlanks,
             if (trimBlanks)
                 while (!field.empty() && IsSpaceOrTab(field.back()))
                     field.remove_suffix(1);
-            table.Append(field);
+            const std::size_t comma = field.find(',');
+            if (decimalSeparator != '\0' && decimalSeparator != ',' &&
+                comma != std::string_view::npos && HasNumberShape(field, kDecimalComma)) {
+                table.Append(field.substr(0, comma));
+                table.Append(decimalSeparator);
+                table.Append(field.substr(comma + 1));
+            } else {
+                table.Append(field);
+            }
             pos = end;
         }
         table.EndCell();
@@ -132,6 +144,10 @@ TextTable ParseTsv(std::string_view text, TableBound bound) {
 
 TextTable ParseCsv(std::string_view text, TableBound bound) {
     return ParseDelimited(text, ',', true, bound, true);
+}
+
+TextTable ParseSemicolonText(std::string_view text, TableBound bound, char decimalSeparator) {
+    return ParseDelimited(text, ';', true, bound, true, decimalSeparator);
 }
 
 }  // namespace TableText

@@ -18,5 +18,9 @@ TextTable ParseTsv(std::string_view text, TableBound bound = {});
 // The whole text is read even past the bound, so that the table tells how many fields
 // every line has (TextTable::EvenRows).
 TextTable ParseCsv(std::string_view text, TableBound bound = {});
+// Semicolon-separated values, as spreadsheets save and copy them where the comma is the
+// decimal separator; quoting and reading as ParseCsv. A number written with a decimal comma
+// ("-1,5E3") is written with decimalSeparator.
+TextTable ParseSemicolonText(std::string_view text, TableBound bound, char decimalSeparator);
 
 }  // namespace TableText

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "HtmlEscape.h"
+#include "MatrixTextParts.h"
 #include "Utf8.h"
 
 namespace TableText {
@@ -182,28 +183,16 @@ private:
     bool inRow_ = false;
 };
 
-}  // namespace
+// What a table's reading keeps: every cell; only the <td> cells of a data frame, whose
+// headings and index are <th>; or the cells of MathML's <mtable>.
+enum class Cells { All, Data, MathMl };
 
-std::string EncodeHtml(const TextTable& table) {
-    std::string out =
-        "<html><head><meta charset=\"utf-8\"></head><body>\n<table border=\"1\" "
-        "cellspacing=\"0\">\n";
-    for (int row = 0; row < table.Rows(); ++row) {
-        out += "<tr>";
-        for (int col = 0; col < table.Cols(); ++col) {
-            out += "<td>";
-            AppendHtmlEscaped(out, table.Cell(row, col), LineBreaks::AsBr);
-            out += "</td>";
-        }
-        out += "</tr>\n";
-    }
-    out += "</table>\n</body></html>\n";
-    return out;
-}
-
-TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
-    std::size_t pos = FindNoCase(html, "<table");
-    if (pos == std::string_view::npos) pos = FindNoCase(html, "<tr");
+// The first table of the page as the kind of reading keeps it. A span in a data frame or
+// MathML matrix makes it no such table: spanned is then set and reading stops.
+TextTable ReadTable(std::string_view html, TableBound bound, Cells kind, bool& spanned) {
+    spanned = false;
+    std::size_t pos = FindNoCase(html, kind == Cells::MathMl ? "<mtable" : "<table");
+    if (pos == std::string_view::npos && kind == Cells::All) pos = FindNoCase(html, "<tr");
     if (pos == std::string_view::npos) return TextTable();
 
     HtmlTableBuilder builder(bound);
@@ -217,7 +206,7 @@ TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
         inCell = false;
     };
 
-    while (pos < html.size() && !builder.Full()) {
+    while (pos < html.size() && !builder.Full() && !spanned) {
         const std::size_t open = html.find('<', pos);
         if (open == std::string_view::npos) break;
         if (inCell) cell.Text(html.substr(pos, open - pos));
@@ -239,9 +228,17 @@ TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
         std::string name(tag.substr(ending ? 1 : 0, nameEnd - (ending ? 1 : 0)));
         for (char& c : name)
             if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+        if (kind == Cells::MathMl) {
+            // MathML's table, rows and cells; its TeX annotation is no part of what shows.
+            if (name == "annotation" || name == "annotation-xml") name = "style";
+            if (name == "table" || name == "tr" || name == "td") name = "span";
+            if (name == "mtable" || name == "mtr" || name == "mlabeledtr" || name == "mtd")
+                name.erase(0, 1);
+        }
 
         if (!ending && (name == "style" || name == "script")) {
-            const std::size_t end = FindNoCase(html, "</" + name, pos);
+            const std::size_t end =
+                FindNoCase(html, "</" + std::string(tag.substr(0, nameEnd)), pos);
             pos = end == std::string_view::npos ? html.size() : end;
             continue;
         }
@@ -267,10 +264,11 @@ TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
                 builder.StartRow();
         } else if (name == "td" || name == "th") {
             closeCell();
-            if (!ending) {
+            if (!ending && (kind == Cells::All || name == "td")) {
                 inCell = true;
                 colspan = SpanAttribute(tag, "colspan");
                 rowspan = SpanAttribute(tag, "rowspan");
+                spanned = kind != Cells::All && (colspan > 1 || rowspan > 1);
             }
         } else if (inCell && name == "br") {
             cell.LineBreak();
@@ -280,6 +278,72 @@ TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
     }
     closeCell();
     return builder.Finish();
+}
+
+}  // namespace
+
+std::string EncodeHtml(const TextTable& table) {
+    std::string out =
+        "<html><head><meta charset=\"utf-8\"></head><body>\n<table border=\"1\" "
+        "cellspacing=\"0\">\n";
+    for (int row = 0; row < table.Rows(); ++row) {
+        out += "<tr>";
+        for (int col = 0; col < table.Cols(); ++col) {
+            out += "<td>";
+            AppendHtmlEscaped(out, table.Cell(row, col), LineBreaks::AsBr);
+            out += "</td>";
+        }
+        out += "</tr>\n";
+    }
+    out += "</table>\n</body></html>\n";
+    return out;
+}
+
+TextTable ParseHtmlTable(std::string_view html, TableBound bound) {
+    bool spanned = false;
+    return ReadTable(html, bound, Cells::All, spanned);
+}
+
+TextTable ParseHtmlMatrix(std::string_view html, TableBound bound) {
+    using namespace MatrixText::Parts;
+    const bool frame = FindNoCase(html, "<th") != std::string_view::npos;
+    const bool math = FindNoCase(html, "<mtable") != std::string_view::npos;
+    if (!frame && !math) return TextTable();
+    // Read whole, so that whether it is a matrix does not depend on the bound; without
+    // spans it holds no more cells than the page has cells.
+    bool spanned = false;
+    const TextTable whole = ReadTable(html, {}, math ? Cells::MathMl : Cells::Data, spanned);
+    if (spanned) return TextTable();
+    std::vector<std::vector<std::string>> rows;
+    std::size_t entries = 0;
+    for (int row = 0; row < whole.Rows(); ++row) {
+        std::vector<std::string> cells;
+        bool any = false;
+        for (int col = 0; col < whole.RowLength(row); ++col) {
+            // MathML writes "−" and blanks between the sign and the number.
+            const std::string_view raw = whole.Cell(row, col);
+            const std::optional<std::string> plain = NormaliseTypography(raw);
+            std::string text(plain ? std::string_view(*plain) : raw);
+            std::erase_if(text, [](char c) { return IsBlank(c) || c == '\n'; });
+            if (!text.empty() && !IsNumber(text) && !IsComplex(text)) return TextTable();
+            any = any || !text.empty();
+            cells.push_back(std::move(text));
+        }
+        if (!any) continue;  // a row of headings only
+        if (std::any_of(cells.begin(), cells.end(), [](const std::string& c) { return c.empty(); }))
+            return TextTable();
+        if (!rows.empty() && cells.size() != rows.front().size()) return TextTable();
+        entries += cells.size();
+        rows.push_back(std::move(cells));
+    }
+    if (entries < (math ? 1u : 2u)) return TextTable();
+    TextTable table(bound);
+    for (const auto& row : rows) {
+        table.NewRow();
+        for (const std::string& entry : row)
+            AddEntry(table, entry);
+    }
+    return table.IsRefused() ? TextTable::Refused(table.Refusal()) : table;
 }
 
 }  // namespace TableText

@@ -17,7 +17,7 @@ namespace {
 // ("Out[3]:", "Out[1]=").
 std::string_view WithoutPrompt(std::string_view text) {
     static constexpr std::string_view kPrompts[] = {
-        ">>> ", ">> ", "julia> ", "octave:", "In [", "In[", "> "};
+        ">>> ", ">> ", "julia> ", "octave:", "In [", "In[", "> ", "? "};
     for (;;) {
         const bool prompt = std::any_of(std::begin(kPrompts), std::end(kPrompts),
                                         [&](std::string_view p) { return StartsWith(text, p); });
@@ -32,6 +32,35 @@ std::string_view WithoutPrompt(std::string_view text) {
             text = Trim(text.substr(close + 2));
     }
     return text;
+}
+
+// Octave's and MATLAB's display of a single value on its one line: "a = 3.2500",
+// "ans = -1.5000e-03", "z = 1 + 2i" (an identifier, "=", one value).
+TextTable ParseNamedValue(std::string_view text, TableBound bound) {
+    if (text.find_first_of("\r\n") != std::string_view::npos) return TextTable();
+    const std::size_t equals = text.find(" = ");
+    if (equals == std::string_view::npos) return TextTable();
+    const std::string_view name = Trim(text.substr(0, equals));
+    const std::string_view value = Trim(text.substr(equals + 3));
+    const bool identifier = !name.empty() && !(name.front() >= '0' && name.front() <= '9') &&
+                            std::all_of(name.begin(), name.end(), [](char c) {
+                                return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                                       (c >= '0' && c <= '9') || c == '_';
+                            });
+    if (!identifier) return TextTable();
+    const bool single = value.find_first_of(" \t") == std::string_view::npos;
+    if (!(single && IsNumber(value) && value.find('/') == std::string_view::npos) &&
+        !IsComplex(value))
+        return TextTable();
+    TextTable table(bound);
+    AddEntry(table, value);
+    return table;
+}
+
+// A recognised table as it is handed on: refused, holding no cells, when an entry could not
+// be read exactly.
+TextTable Finished(TextTable table) {
+    return table.IsRefused() ? TextTable::Refused(table.Refusal()) : table;
 }
 
 }  // namespace
@@ -52,18 +81,20 @@ TextTable Parse(std::string_view text, TableBound bound) {
     if (view.empty()) return TextTable();
 
     if (view.find("\\begin{") != std::string_view::npos) {
-        if (TextTable table = ParseLatex(view, bound); Recognised(table)) return table;
+        if (TextTable table = ParseLatex(view, bound); Recognised(table)) return Finished(table);
     }
-    if (TextTable table = ParseNestedList(view, bound); Recognised(table)) return table;
+    if (TextTable table = ParseNestedList(view, bound); Recognised(table)) return Finished(table);
     if (hasTab) return TextTable();
     const bool ruled = view.find('|') != std::string_view::npos ||
                        view.find("+-") != std::string_view::npos ||
                        view.find("\xE2\x94") != std::string_view::npos ||  // box drawing
                        view.find("\xE2\x95") != std::string_view::npos;
     if (ruled) {
-        if (TextTable table = ParseRuledTable(view, bound); Recognised(table)) return table;
+        if (TextTable table = ParseRuledTable(view, bound); Recognised(table))
+            return Finished(table);
     }
-    if (TextTable table = ParseColumns(view, bound); Recognised(table)) return table;
+    if (TextTable table = ParseColumns(view, bound); Recognised(table)) return Finished(table);
+    if (TextTable table = ParseNamedValue(view, bound); Recognised(table)) return Finished(table);
     // A single number shown with a minus sign or a power of ten: written the plain way.
     if (plain && IsNumber(view) && view.find_first_of(" /") == std::string_view::npos) {
         TextTable table(bound);

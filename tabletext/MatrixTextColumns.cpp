@@ -18,6 +18,7 @@ namespace {
 struct DataRow {
     std::string_view line;
     std::vector<std::string_view> tokens;
+    bool afterBlank = false;  // a blank line stands above it
 };
 
 // Rows that share their columns; a wide matrix is printed as several blocks of columns.
@@ -84,18 +85,22 @@ bool IsRLabel(std::string_view token) {
     return true;
 }
 
+// A number, or a complex one: a matrix of them is recognised, then refused.
 bool IsEntry(std::string_view token) {
-    if (token.size() > 1 && token[0] == '-' && IsBlank(token[1])) token = Trim(token.substr(1));
-    return IsNumber(token) || IsDecimalCommaNumber(token);
+    if (token.size() > 1 && (token[0] == '-' || token[0] == '+') && IsBlank(token[1]))
+        token = Trim(token.substr(1));
+    return IsNumber(token) || IsDecimalCommaNumber(token) || IsComplex(token);
 }
 
 // The line's tokens, a lone minus sign joined to the number after it ("- 2" in Maxima's
-// display and some PDFs).
+// display and some PDFs), and a lone sign to the imaginary part after it (Octave's "1 - 2i").
 std::vector<std::string_view> EntryTokens(std::string_view line) {
     std::vector<std::string_view> tokens = Tokens(line);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-        if (tokens[i] == "-" && i + 1 < tokens.size() && IsEntry(tokens[i + 1])) {
+        const bool sign = tokens[i] == "-" ||
+                          (tokens[i] == "+" && i + 1 < tokens.size() && IsComplex(tokens[i + 1]));
+        if (sign && i + 1 < tokens.size() && IsEntry(tokens[i + 1])) {
             const char* first = tokens[i].data();
             const char* last = tokens[i + 1].data() + tokens[i + 1].size();
             tokens[kept++] = std::string_view(first, static_cast<std::size_t>(last - first));
@@ -106,10 +111,6 @@ std::vector<std::string_view> EntryTokens(std::string_view line) {
     }
     tokens.resize(kept);
     return tokens;
-}
-
-bool IsElision(std::string_view token) {
-    return token == "..." || token == "\u22ee" || token == "\u22f1" || token == "\u2026";
 }
 
 // Entries placed by where they stand: the columns are the runs of positions that some row
@@ -164,6 +165,48 @@ bool NumberedRows(const Block& block) {
     return true;
 }
 
+// pandas labels a frame's columns 0, 1, 2 by default: a line of consecutive whole numbers
+// (a wide frame's later blocks go on from where the last one ended).
+bool IsNumberedHeading(const DataRow& row) {
+    int previous = -1;
+    for (std::string_view token : row.tokens) {
+        if (token.empty() || token.size() > 6) return false;
+        int number = 0;
+        for (char c : token) {
+            if (c < '0' || c > '9') return false;
+            number = number * 10 + (c - '0');
+        }
+        if (previous >= 0 && number != previous + 1) return false;
+        previous = number;
+    }
+    return true;
+}
+
+// A frame with numbered columns and rows, read as one block since its headings are numbers:
+// split into its blocks of columns, each opened by its line of column numbers. Nothing
+// changes unless every block then has its rows numbered under it; true when it did.
+bool SplitNumberedHeadings(std::vector<Block>& blocks) {
+    if (blocks.size() != 1 || blocks.front().labelled) return false;
+    const std::vector<DataRow>& rows = blocks.front().rows;
+    if (rows.size() < 2 || rows[1].tokens.size() != rows[0].tokens.size() + 1) return false;
+    std::vector<Block> split;
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        if ((r == 0 || rows[r].afterBlank) && IsNumberedHeading(rows[r])) {
+            Block& block = split.emplace_back();
+            block.headings = rows[r].tokens.size();
+            block.factor = blocks.front().factor;
+        } else if (r == 0) {
+            return false;
+        } else {
+            split.back().rows.push_back(rows[r]);
+        }
+    }
+    for (const Block& block : split)
+        if (block.rows.empty() || !NumberedRows(block)) return false;
+    blocks = std::move(split);
+    return true;
+}
+
 void AddToken(TextTable& table, std::string_view token, double factor) {
     if (token.size() > 1 && token[0] == '-' && IsBlank(token[1])) {
         std::string joined(1, '-');
@@ -181,9 +224,22 @@ TextTable ParseColumns(std::string_view text, TableBound bound) {
     bool evidence = false;  // a printout's own mark: a name, a header, labels, bracket art
     bool otherLines = false;
     bool art = false, previousArtRow = false;
+    bool blank = false;   // a blank line since the last row of entries
+    bool elided = false;  // entries left out: the matrix is recognised, then refused
+    std::string_view refusal;
     double factor = 1.0;
     for (std::string_view line : Lines(text)) {
         std::string_view content = Trim(line);
+        // R's note that it stopped printing, and the size pandas writes under a frame.
+        if (StartsWith(content, "[ reached ")) {
+            elided = evidence = true;
+            continue;
+        }
+        if (StartsWith(content, "[") && content.ends_with(" columns]") &&
+            content.find(" rows x ") != std::string_view::npos) {
+            evidence = otherLines = true;
+            continue;
+        }
         // Maxima's output label (%o1) and bracket art [ 1  2 ] around a row.
         if (StartsWith(content, "(%")) {
             const std::size_t close = content.find(')');
@@ -200,6 +256,7 @@ TextTable ParseColumns(std::string_view text, TableBound bound) {
         }
         if (content.empty()) {
             previousArtRow = false;
+            blank = true;
             continue;
         }
         // A fraction in bracket art spans three lines: not a row of entries.
@@ -220,8 +277,19 @@ TextTable ParseColumns(std::string_view text, TableBound bound) {
             evidence = otherLines = true;
             continue;
         }
-        const std::vector<std::string_view> tokens = EntryTokens(content);
-        if (std::any_of(tokens.begin(), tokens.end(), IsElision)) return TextTable();
+        std::vector<std::string_view> tokens = EntryTokens(content);
+        // pandas ends the lines of a wrapped frame's headings with "\"; its elisions and
+        // NumPy's, Julia's and R's stand where entries were left out.
+        if (tokens.back() == "\\") {
+            tokens.pop_back();
+            evidence = true;
+        }
+        if (const auto kept = std::remove_if(tokens.begin(), tokens.end(), IsElision);
+            kept != tokens.end()) {
+            tokens.erase(kept, tokens.end());
+            elided = true;
+        }
+        if (tokens.empty()) continue;
         const std::size_t entries =
             static_cast<std::size_t>(std::count_if(tokens.begin(), tokens.end(), IsEntry));
         if (entries == 0) {
@@ -238,18 +306,38 @@ TextTable ParseColumns(std::string_view text, TableBound bound) {
         }
         const bool labelled = !IsEntry(tokens.front());
         if (entries != tokens.size() - (labelled ? 1 : 0)) return TextTable();
+        for (std::size_t i = labelled ? 1 : 0; i < tokens.size() && refusal.empty(); ++i)
+            refusal = Unreadable(tokens[i]);
+        DataRow row{line, std::move(tokens), blank};
+        blank = false;
+        if (!labelled && !blocks.back().rows.empty() && blocks.back().labelled &&
+            IsNumberedHeading(row)) {
+            // The numbered column headings of a labelled frame's next block.
+            blocks.emplace_back().headings = row.tokens.size();
+            otherLines = evidence = true;
+            continue;
+        }
         Block& block = blocks.back();
+        if (labelled && !block.labelled && block.rows.size() == 1 &&
+            IsNumberedHeading(block.rows.front()) &&
+            row.tokens.size() == block.rows.front().tokens.size() + 1) {
+            // The first line was the numbered column headings over labelled rows.
+            block.headings = block.rows.front().tokens.size();
+            block.rows.clear();
+            otherLines = evidence = true;
+        }
         if (block.rows.empty()) {
             block.labelled = labelled;
             block.factor = factor;
         } else if (block.labelled != labelled) {
             return TextTable();
         }
-        if (labelled && IsRLabel(tokens.front())) evidence = true;
-        block.rows.push_back({line, tokens});
+        if (labelled && IsRLabel(row.tokens.front())) evidence = true;
+        block.rows.push_back(std::move(row));
     }
     if (blocks.back().rows.empty()) blocks.pop_back();
     if (blocks.empty()) return TextTable();
+    if (SplitNumberedHeadings(blocks)) evidence = otherLines = true;
     for (Block& block : blocks)
         if (NumberedRows(block)) block.labelled = evidence = true;
 
@@ -284,6 +372,9 @@ TextTable ParseColumns(std::string_view text, TableBound bound) {
             for (std::string_view token : row.tokens)
                 if (IsDecimalCommaNumber(token)) return TextTable();
     }
+
+    if (elided) return TextTable::Refused(std::string(kShortened));
+    if (!refusal.empty()) return TextTable::Refused(std::string(refusal));
 
     TextTable table(bound);
     if (rVector) {

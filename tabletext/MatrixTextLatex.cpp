@@ -1,5 +1,6 @@
 // LaTeX matrices: the environments pmatrix, bmatrix, Bmatrix, vmatrix, Vmatrix, matrix,
-// smallmatrix and array (with its column format), cells split at "&" and rows at "\\".
+// smallmatrix and array (with its column format), cells split at "&" and rows at "\\"; and
+// tables in tabular, as papers and pandas write them, without their headings and labels.
 #include <algorithm>
 #include <string>
 
@@ -9,9 +10,9 @@ namespace MatrixText::Parts {
 
 namespace {
 
-constexpr std::string_view kEnvironments[] = {"pmatrix",  "bmatrix", "Bmatrix",     "vmatrix",
-                                              "Vmatrix",  "matrix",  "smallmatrix", "array",
-                                              "pmatrix*", "bmatrix*"};
+constexpr std::string_view kEnvironments[] = {"pmatrix",  "bmatrix",  "Bmatrix",     "vmatrix",
+                                              "Vmatrix",  "matrix",   "smallmatrix", "array",
+                                              "pmatrix*", "bmatrix*", "tabular"};
 
 // The argument in braces that starts at pos (after blanks), with nested braces; answers
 // the position after it, or npos when there is none.
@@ -117,7 +118,8 @@ TextTable ParseLatex(std::string_view text, TableBound bound) {
             if (const std::size_t after = SkipGroup(text, body, '[', ']');
                 after != std::string_view::npos)
                 body = after;
-        if (name == "array") {
+        const bool tabular = name == "tabular";
+        if (name == "array" || tabular) {
             if (const std::size_t after = SkipGroup(text, body, '[', ']');
                 after != std::string_view::npos)
                 body = after;
@@ -143,6 +145,7 @@ TextTable ParseLatex(std::string_view text, TableBound bound) {
             source.push_back('\n');
         }
         TextTable table(bound);
+        std::vector<std::vector<std::string>> rows;  // a tabular's cells
         std::size_t pos = 0;
         while (pos <= source.size()) {
             std::size_t rowEnd = std::min(source.find("\\\\", pos), source.size());
@@ -154,19 +157,26 @@ TextTable ParseLatex(std::string_view text, TableBound bound) {
                 pos = after;
             DropRules(row);
             if (Trim(row).empty()) continue;
-            table.NewRow();
+            if (tabular)
+                rows.emplace_back();
+            else
+                table.NewRow();
             std::size_t cell = 0;
             for (;;) {
                 std::size_t amp = row.find('&', cell);
                 while (amp != std::string::npos && amp > 0 && row[amp - 1] == '\\')
                     amp = row.find('&', amp + 1);
                 const std::size_t cellEnd = std::min(amp, row.size());
-                AddEntry(table, CellText(std::string_view(row).substr(cell, cellEnd - cell)));
+                std::string entry = CellText(std::string_view(row).substr(cell, cellEnd - cell));
+                if (tabular)
+                    rows.back().push_back(std::move(entry));
+                else
+                    AddEntry(table, entry);
                 if (amp == std::string::npos) break;
                 cell = amp + 1;
             }
         }
-        return table;
+        return tabular ? EntriesOfRows(rows, bound) : table;
     }
     return TextTable();
 }

@@ -49,6 +49,8 @@ public:
     }
 
     std::size_t Position() const { return pos_; }
+    // Whether an elision stood for entries left out (NumPy's summary of a large array).
+    bool Elided() const { return elided_; }
 
 private:
     // Blanks and commas between items; ";" and line breaks start a new row; "..." at the end
@@ -69,11 +71,18 @@ private:
                 std::size_t after = pos_;
                 while (after < text_.size() && IsBlank(text_[after]))
                     ++after;
-                // "..." ends a line of MATLAB and Octave, a comment may follow; an elision
-                // is followed by more entries.
-                if (after < text_.size() &&
-                    std::string_view("0123456789+-.,").find(text_[after]) != std::string_view::npos)
-                    return false;
+                // "..." ends a line of MATLAB and Octave after entries, a comment may follow;
+                // an elision is followed by more entries, or stands alone on its line.
+                std::size_t before = pos_ - 3;
+                while (before > 0 && IsBlank(text_[before - 1]))
+                    --before;
+                if ((after < text_.size() &&
+                     std::string_view("0123456789+-.,[").find(text_[after]) !=
+                         std::string_view::npos) ||
+                    before == 0 || text_[before - 1] == '\n' || text_[before - 1] == '\r') {
+                    elided_ = true;
+                    continue;
+                }
                 SkipToLineEnd();
                 if (pos_ < text_.size() && text_[pos_] == '\r') ++pos_;
                 if (pos_ < text_.size() && text_[pos_] == '\n') ++pos_;
@@ -92,6 +101,17 @@ private:
     bool ReadAtom(Item& item) {
         const std::size_t start = pos_;
         const char c = text_[pos_];
+        if (c == '(') {
+            // Python's complex numbers: (1+2j).
+            const std::size_t end = text_.find(')', pos_);
+            if (end == std::string_view::npos ||
+                text_.substr(pos_ + 1, end - pos_ - 1).find_first_of("[]{}(\r\n") !=
+                    std::string_view::npos)
+                return false;
+            pos_ = end + 1;
+            item.atom = text_.substr(start, pos_ - start);
+            return true;
+        }
         if (c == '"' || c == '\'') {
             const std::size_t end = text_.find(c, pos_ + 1);
             if (end == std::string_view::npos) return false;
@@ -110,6 +130,7 @@ private:
 
     std::string_view text_;
     std::size_t pos_ = 0;
+    bool elided_ = false;
 };
 
 bool IsNameChar(char c) {
@@ -176,6 +197,7 @@ TextTable ParseCall(std::string_view name, std::string_view arguments, TableBoun
     rows.isList = true;
     rows.rows.emplace_back();
     std::size_t pos = 0;
+    bool elided = false;
     while (pos < arguments.size()) {
         while (pos < arguments.size() && (IsBlank(arguments[pos]) || arguments[pos] == ',' ||
                                           arguments[pos] == '\n' || arguments[pos] == '\r'))
@@ -195,6 +217,7 @@ TextTable ParseCall(std::string_view name, std::string_view arguments, TableBoun
         if (!argument.ReadList(list, 1)) return TextTable();
         rows.rows.back().push_back(std::move(list));
         pos += argument.Position();
+        elided = elided || argument.Elided();
     }
     TextTable table(bound);
     const auto& lists = rows.rows.back();
@@ -206,6 +229,7 @@ TextTable ParseCall(std::string_view name, std::string_view arguments, TableBoun
     } else {
         return TextTable();
     }
+    if (elided) table.NoteRefusal(kShortened);
     return table;
 }
 
@@ -246,6 +270,7 @@ TextTable ParseNestedList(std::string_view text, TableBound bound) {
     if (!rest.empty() && rest.front() != '%' && rest.front() != '#') return TextTable();
     TextTable table(bound);
     if (!AddRows(list, table)) return TextTable();
+    if (reader.Elided()) table.NoteRefusal(kShortened);
     return table;
 }
 

@@ -1,6 +1,6 @@
 // Tables drawn with rules: Markdown's pipes, ASCII art with "+---+" borders and the box
 // drawing characters of terminal tools. Separator rows are dropped, and so are a heading
-// row and a label column.
+// row and a label or index column.
 #include <algorithm>
 #include <string>
 
@@ -36,10 +36,47 @@ bool IsSeparatorRow(std::string_view line) {
 }
 
 bool IsEntryCell(std::string_view cell) {
-    return IsNumber(cell) || IsDecimalCommaNumber(cell);
+    return IsNumber(cell) || IsDecimalCommaNumber(cell) || IsComplex(cell) || IsElision(cell);
 }
 
 }  // namespace
+
+TextTable EntriesOfRows(const std::vector<std::vector<std::string>>& rows, TableBound bound) {
+    const auto hasEntry = [](const std::vector<std::string>& row) {
+        return std::any_of(row.begin(), row.end(),
+                           [](const std::string& c) { return IsEntryCell(c); });
+    };
+    // A frame's headings over its index leave the corner empty; the headings may be numbers.
+    bool labelled =
+        rows.size() >= 2 && rows[0].front().empty() &&
+        std::all_of(rows.begin() + 1, rows.end(),
+                    [](const std::vector<std::string>& row) { return !row.front().empty(); });
+    std::size_t first = labelled ? 1 : 0;
+    while (first < rows.size() && !hasEntry(rows[first]))
+        ++first;  // headings
+    if (first == rows.size()) return TextTable();
+    // Labels beside the rows.
+    bool labels = true;
+    for (std::size_t r = first; r < rows.size(); ++r)
+        labels = labels && !rows[r].front().empty() && !IsEntryCell(rows[r].front());
+    labelled = labelled || labels;
+    std::size_t entries = 0;
+    for (std::size_t r = first; r < rows.size(); ++r) {
+        for (std::size_t c = labelled ? 1 : 0; c < rows[r].size(); ++c) {
+            if (rows[r][c].empty()) continue;
+            if (!IsEntryCell(rows[r][c])) return TextTable();
+            ++entries;
+        }
+    }
+    if (entries < 2) return TextTable();
+    TextTable table(bound);
+    for (std::size_t r = first; r < rows.size(); ++r) {
+        table.NewRow();
+        for (std::size_t c = labelled ? 1 : 0; c < rows[r].size(); ++c)
+            AddEntry(table, rows[r][c]);
+    }
+    return table;
+}
 
 TextTable ParseRuledTable(std::string_view text, TableBound bound) {
     std::vector<std::vector<std::string>> rows;
@@ -69,34 +106,7 @@ TextTable ParseRuledTable(std::string_view text, TableBound bound) {
         }
     }
     if (rows.empty() || (!separator && !allFramed)) return TextTable();
-
-    const auto hasEntry = [](const std::vector<std::string>& row) {
-        return std::any_of(row.begin(), row.end(),
-                           [](const std::string& c) { return IsEntryCell(c); });
-    };
-    std::size_t first = 0;
-    while (first < rows.size() && !hasEntry(rows[first]))
-        ++first;  // headings
-    if (first == rows.size()) return TextTable();
-    bool labelled = true;
-    for (std::size_t r = first; r < rows.size(); ++r)
-        labelled = labelled && !rows[r].front().empty() && !IsEntryCell(rows[r].front());
-    std::size_t entries = 0;
-    for (std::size_t r = first; r < rows.size(); ++r) {
-        for (std::size_t c = labelled ? 1 : 0; c < rows[r].size(); ++c) {
-            if (rows[r][c].empty()) continue;
-            if (!IsEntryCell(rows[r][c])) return TextTable();
-            ++entries;
-        }
-    }
-    if (entries < 2) return TextTable();
-    TextTable table(bound);
-    for (std::size_t r = first; r < rows.size(); ++r) {
-        table.NewRow();
-        for (std::size_t c = labelled ? 1 : 0; c < rows[r].size(); ++c)
-            AddEntry(table, rows[r][c]);
-    }
-    return table;
+    return EntriesOfRows(rows, bound);
 }
 
 }  // namespace MatrixText::Parts

@@ -224,7 +224,53 @@ bool IsDecimalCommaNumber(std::string_view token) {
            HasNumberShape(token, PrintedNumberSyntax(','));
 }
 
+const std::string_view kShortened =
+    "The copied matrix was printed shortened, with \"...\" in place of some entries: print "
+    "it in full and copy it again.";
+
+bool IsElision(std::string_view token) {
+    return token == "..." || token == ".." || token == "\u2026" || token == "\u22ee" ||
+           token == "\u22ef" || token == "\u22f1";
+}
+
+bool IsComplex(std::string_view token) {
+    if (token.size() < 2) return false;
+    const char last = token.back();
+    if (last != 'i' && last != 'j' && last != 'm' && last != ')') return false;
+    std::string compact;  // Octave and Julia print "1 + 2i", Python "(1+2j)"
+    for (char c : token)
+        if (!IsBlank(c)) compact.push_back(c);
+    if (compact.size() > 2 && compact.front() == '(' && compact.back() == ')')
+        compact = compact.substr(1, compact.size() - 2);
+    if (compact.ends_with("im")) compact.pop_back();
+    if (compact.empty() || (compact.back() != 'i' && compact.back() != 'j')) return false;
+    compact.pop_back();
+    const std::string_view number = compact;
+    if (HasNumberShape(number, PrintedNumberSyntax('.'))) return true;  // 2i, -0.5j
+    // The real part, then the imaginary one with its sign: 1+2i, 1.-2.j, 1e-3+4e+2i.
+    for (std::size_t at = number.size(); at-- > 1;) {
+        if ((number[at] == '+' || number[at] == '-') && number[at - 1] != 'e' &&
+            number[at - 1] != 'E')
+            return HasNumberShape(number.substr(0, at), PrintedNumberSyntax('.')) &&
+                   HasNumberShape(number.substr(at), PrintedNumberSyntax('.'));
+    }
+    return false;
+}
+
+std::string_view Unreadable(std::string_view token) {
+    if (IsElision(token)) return kShortened;
+    if (IsComplex(token))
+        return "The copied matrix has complex entries, and Kelvara's matrices hold real numbers "
+               "only.";
+    const bool digits = token.find_first_of("0123456789") != std::string_view::npos;
+    if (!digits && HasNumberShape(token, PrintedNumberSyntax('.')))
+        return "The copied matrix has entries that are no finite number (Inf, NaN or NA), which "
+               "a cell would read as something else.";
+    return {};
+}
+
 void AddEntry(TextTable& table, std::string_view token, double factor) {
+    if (const std::string_view why = Unreadable(token); !why.empty()) table.NoteRefusal(why);
     if (factor == 1.0 && token.find_first_of(",f/") == std::string_view::npos) {
         table.AddCell(token);
         return;

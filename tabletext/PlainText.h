@@ -9,8 +9,11 @@
 
 namespace TableText {
 
-// A matrix as programs print it and people write it (MatrixText), a bracketed matrix, CSV
-// when it clearly is (no tabs, the same number of fields on every line), else TSV.
-TextTable ParsePlainText(std::string_view text, TableBound bound = {});
+// A matrix as programs print it and people write it (MatrixText), a bracketed matrix,
+// semicolon- or comma-separated values when the text clearly is (no tabs, the same number
+// of fields on every line; for semicolons, every comma a decimal comma between digits), else
+// TSV. Numbers written with a decimal comma between semicolons take decimalSeparator.
+// A printed matrix that cannot be read exactly gives a refused table (TextTable::Refused).
+TextTable ParsePlainText(std::string_view text, TableBound bound = {}, char decimalSeparator = '.');
 
 }  // namespace TableText

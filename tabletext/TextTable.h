@@ -75,6 +75,11 @@ public:
     static TextTable Refused(std::string reason);
     bool IsRefused() const { return !refusal_.empty(); }
     const std::string& Refusal() const { return refusal_; }
+    // A reader that meets such an entry while it builds notes why (the first reason stays)
+    // and reads on, so that the whole text is seen; it then hands on Refused(Refusal()).
+    void NoteRefusal(std::string_view reason) {
+        if (refusal_.empty()) refusal_ = reason;
+    }
 
 private:
     bool InsideRowsAndCols() const { return rowsRead_ <= bound_.rows && cellsInRow_ < bound_.cols; }

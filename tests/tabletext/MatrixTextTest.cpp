@@ -18,14 +18,17 @@ std::vector<SampleText> Samples(const char* family) {
 class Recognised : public ::testing::TestWithParam<SampleText> {};
 
 TEST_P(Recognised, OneEntryPerCell) {
-    EXPECT_EQ(MatrixText::Parse(GetParam().text).ToVectors(), GetParam().cells);
+    const TextTable table = MatrixText::Parse(GetParam().text);
+    EXPECT_EQ(table.ToVectors(), GetParam().cells);
+    ExpectRefusal(table, GetParam().refused);
 }
 
 // Columns aligned by blanks, as PDFs, web pages and terminals give them; Octave's and
 // MATLAB's display output; R's printed matrices, vectors and data frames; Julia's display
-// and literals; nested lists (NumPy, JSON and Python, Mathematica, Maxima); LaTeX
-// environments; tables drawn with rules; and text that is no printed matrix, which is left
-// to the plain paste.
+// and literals; nested lists (NumPy, JSON and Python, Mathematica, Maxima, giac, PARI/GP);
+// LaTeX environments and tables; tables drawn with rules; pandas' frames; printouts that
+// cannot be read exactly, refused; and text that is no printed matrix, which is left to the
+// plain paste.
 INSTANTIATE_TEST_SUITE_P(Columns, Recognised, ::testing::ValuesIn(Samples("Columns")), ByName());
 INSTANTIATE_TEST_SUITE_P(Octave, Recognised, ::testing::ValuesIn(Samples("Octave")), ByName());
 INSTANTIATE_TEST_SUITE_P(R, Recognised, ::testing::ValuesIn(Samples("R")), ByName());
@@ -33,6 +36,8 @@ INSTANTIATE_TEST_SUITE_P(Julia, Recognised, ::testing::ValuesIn(Samples("Julia")
 INSTANTIATE_TEST_SUITE_P(Lists, Recognised, ::testing::ValuesIn(Samples("Lists")), ByName());
 INSTANTIATE_TEST_SUITE_P(Latex, Recognised, ::testing::ValuesIn(Samples("Latex")), ByName());
 INSTANTIATE_TEST_SUITE_P(Tables, Recognised, ::testing::ValuesIn(Samples("Tables")), ByName());
+INSTANTIATE_TEST_SUITE_P(Pandas, Recognised, ::testing::ValuesIn(Samples("Pandas")), ByName());
+INSTANTIATE_TEST_SUITE_P(Refused, Recognised, ::testing::ValuesIn(Samples("Refused")), ByName());
 INSTANTIATE_TEST_SUITE_P(NotMatrices, Recognised, ::testing::ValuesIn(Samples("NotMatrices")),
                          ByName());
 

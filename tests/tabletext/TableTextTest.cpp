@@ -30,7 +30,9 @@ INSTANTIATE_TEST_SUITE_P(Cases, TsvParse,
 
 class PlainTextParse : public ::testing::TestWithParam<SampleText> {};
 TEST_P(PlainTextParse, RecognisesTheLayout) {
-    EXPECT_EQ(ParsePlainText(GetParam().text).ToVectors(), GetParam().cells);
+    const TextTable table = ParsePlainText(GetParam().text, {}, GetParam().separator);
+    EXPECT_EQ(table.ToVectors(), GetParam().cells);
+    ExpectRefusal(table, GetParam().refused);
 }
 INSTANTIATE_TEST_SUITE_P(Cases, PlainTextParse,
                          ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "PlainText")),
@@ -44,6 +46,17 @@ INSTANTIATE_TEST_SUITE_P(Cases, HtmlParse,
                          ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "Html")),
                          ByName());
 
+// Data frames and MathML matrices in web pages; a page that is neither gives no table.
+class HtmlMatrixParse : public ::testing::TestWithParam<SampleText> {};
+TEST_P(HtmlMatrixParse, ReadsTheEntries) {
+    const TextTable table = ParseHtmlMatrix(GetParam().text);
+    EXPECT_EQ(table.ToVectors(), GetParam().cells);
+    ExpectRefusal(table, GetParam().refused);
+}
+INSTANTIATE_TEST_SUITE_P(Cases, HtmlMatrixParse,
+                         ::testing::ValuesIn(SampleTexts("clipboard-texts.json", "HtmlMatrix")),
+                         ByName());
+
 // A bounded parse keeps exactly the top-left corner of what an unbounded one reads, and
 // cropping never changes how a text is taken (CSV or not, where a span ends).
 struct BoundCase {
@@ -53,6 +66,10 @@ struct BoundCase {
 };
 
 class BoundedParse : public ::testing::TestWithParam<BoundCase> {};
+
+TextTable PlainText(std::string_view text, TableBound bound) {
+    return ParsePlainText(text, bound, ',');
+}
 
 TEST_P(BoundedParse, KeepsTheCornerOfTheWholeTable) {
     const Rows whole = GetParam().parse(GetParam().text, {}).ToVectors();
@@ -73,19 +90,21 @@ TEST_P(BoundedParse, KeepsTheCornerOfTheWholeTable) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, BoundedParse,
-    ::testing::Values(
-        BoundCase{"tsv", ParseTsv, "1\t2\t3\n\"a\nb\"\t\n4\t5\t6\t7\n8"},
-        BoundCase{"csv", ParseCsv, " 1 , \"x,y\"\n2,3,4\n"},
-        BoundCase{"plain_csv", ParsePlainText, "1,2,3\n4,5,6\n7,8,9\n"},
-        BoundCase{"plain_uneven_csv_late", ParsePlainText, "1,2\n3,4\n5,6\n7"},
-        BoundCase{"plain_long_line_late", ParsePlainText, "1,2\n3,4\n5,6,7"},
-        BoundCase{"matrix", ParsePlainText, "[1 2 3; 4 5 6; 7 8 9]"},
-        BoundCase{"printed_matrix", ParsePlainText, "A =\n\n   1   2   3\n   4   5   6\n"},
-        BoundCase{"nested_matrix", ParseBracketMatrix, "[[1, 2], [3, 4], [5, 6]]"},
-        BoundCase{"html_spans", ParseHtmlTable,
-                  "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
-                  "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
-                  "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
+    ::testing::Values(BoundCase{"tsv", ParseTsv, "1\t2\t3\n\"a\nb\"\t\n4\t5\t6\t7\n8"},
+                      BoundCase{"csv", ParseCsv, " 1 , \"x,y\"\n2,3,4\n"},
+                      BoundCase{"plain_csv", PlainText, "1,2,3\n4,5,6\n7,8,9\n"},
+                      BoundCase{"plain_uneven_csv_late", PlainText, "1,2\n3,4\n5,6\n7"},
+                      BoundCase{"plain_long_line_late", PlainText, "1,2\n3,4\n5,6,7"},
+                      BoundCase{"semicolons", PlainText, "1,5;-2;x\n3;4,25E-3;\"a;b\"\n"},
+                      BoundCase{"pandas_frame", PlainText, "   0  1\n0  1  2\n1  3  4\n"},
+                      BoundCase{"matrix", PlainText, "[1 2 3; 4 5 6; 7 8 9]"},
+                      BoundCase{"printed_matrix", PlainText, "A =\n\n   1   2   3\n   4   5   6\n"},
+                      BoundCase{"nested_matrix", ParseBracketMatrix, "[[1, 2], [3, 4], [5, 6]]"},
+                      BoundCase{
+                          "html_spans", ParseHtmlTable,
+                          "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
+                          "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
+                          "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
     ByName());
 
 // A count of cells keeps no more than it allows, stops the reading and says so, also where a
