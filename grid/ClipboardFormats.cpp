@@ -53,26 +53,31 @@ std::unique_ptr<QMimeData> ToMimeData(const TextTable& table) {
     return mime;
 }
 
-TextTable FromMimeData(const QMimeData& mime, TableBound bound) {
+TextTable FromMimeData(const QMimeData& mime, TableBound bound, char decimalSeparator) {
     if (mime.hasFormat(kLibreOfficeTsv)) {
         const QByteArray text = DecodeText(mime.data(kLibreOfficeTsv)).toUtf8();
         const std::string_view view(text.constData(), static_cast<std::size_t>(text.size()));
         if (TextTable table = ParseTsv(view, bound); !table.IsEmpty()) return table;
     }
     const QString html = mime.hasHtml() ? mime.html() : QString();
+    const QByteArray htmlBytes = html.toUtf8();
+    const std::string_view htmlView(htmlBytes.constData(),
+                                    static_cast<std::size_t>(htmlBytes.size()));
+    // A data frame's table or a MathML matrix says more than the text beside it, which holds
+    // the headings, the index or the formula's other symbols too. A refused table is handed
+    // on as it is: no other format may then fill the cells with something else.
+    if (TextTable table = ParseHtmlMatrix(htmlView, bound); !table.IsEmpty() || table.IsRefused())
+        return table;
     if (mime.hasText()) {
         const QByteArray text = mime.text().toUtf8();
         const std::string_view view(text.constData(), static_cast<std::size_t>(text.size()));
         // Beside a spreadsheet's HTML table the text is that spreadsheet's own TSV.
         const bool fromSpreadsheet = html.contains(QLatin1String("<table"), Qt::CaseInsensitive);
-        TextTable table = fromSpreadsheet ? ParseTsv(view, bound) : ParsePlainText(view, bound);
-        if (!table.IsEmpty()) return table;
+        TextTable table =
+            fromSpreadsheet ? ParseTsv(view, bound) : ParsePlainText(view, bound, decimalSeparator);
+        if (!table.IsEmpty() || table.IsRefused()) return table;
     }
-    if (!html.isEmpty()) {
-        const QByteArray bytes = html.toUtf8();
-        return ParseHtmlTable(
-            std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())), bound);
-    }
+    if (!html.isEmpty()) return ParseHtmlTable(htmlView, bound);
     return TextTable();
 }
 

@@ -25,9 +25,10 @@ QString DecodeText(const QByteArray& bytes);
 
 // The clipboard contents for a table (the tab-separated text, also as UTF-8 under its own
 // type, and the HTML table), and the table that clipboard contents hold
-// (LibreOffice's tab-separated format first, then plain text, then an HTML table), holding
-// no more than the bound.
+// (LibreOffice's tab-separated format first, a data frame or MathML matrix in HTML, then
+// plain text, then an HTML table), holding no more than the bound. Numbers written with a
+// decimal comma in semicolon-separated text take the given decimal separator.
 std::unique_ptr<QMimeData> ToMimeData(const TextTable& table);
-TextTable FromMimeData(const QMimeData& mime, TableBound bound = {});
+TextTable FromMimeData(const QMimeData& mime, TableBound bound = {}, char decimalSeparator = '.');
 
 }  // namespace ClipboardFormats

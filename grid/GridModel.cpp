@@ -263,6 +263,10 @@ bool GridModel::SheetFlag() const {
     return d_->sheet;
 }
 
+char GridModel::DecimalSeparator() const {
+    return d_->decimalSeparator;
+}
+
 void GridModel::SetDecimalSeparator(char separator) {
     if (d_->decimalSeparator == separator) return;
     d_->decimalSeparator = separator;

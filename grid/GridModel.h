@@ -83,6 +83,7 @@ public:
     // The user's decimal separator ("." unless set): an input grid right-aligns the texts
     // that the exports, given the same separator, take for numbers (CellNumber).
     void SetDecimalSeparator(char separator);
+    char DecimalSeparator() const;
 
     // An option of the grid that only the result sheet switches on: the sheet then shows
     // its cells as a report (no heading look, texts left-aligned).

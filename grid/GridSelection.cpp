@@ -218,8 +218,10 @@ bool GridSelection::Paste() {
     const int mostRows = mayGrow ? std::max(rules_.most, model_.Rows() - 1) : model_.Rows() - 1;
     const int mostCols = mayGrow ? std::max(rules_.most, model_.Cols() - 1) : model_.Cols() - 1;
     TextTable table = ClipboardFormats::FromMimeData(
-        *mime, TableBound{mostRows - box.top() + 1, mostCols - box.left() + 1,
-                          mayGrow ? kMostGrownCells : SIZE_MAX});
+        *mime,
+        TableBound{mostRows - box.top() + 1, mostCols - box.left() + 1,
+                   mayGrow ? kMostGrownCells : SIZE_MAX},
+        model_.DecimalSeparator());
     if (table.IsRefused()) return Refuse(QString::fromStdString(table.Refusal()));
     if (table.IsEmpty()) return false;
 

@@ -56,20 +56,55 @@ TEST(ClipboardReading, DecodesUtf8AndUtf16) {
     EXPECT_EQ(DecodeText(bigEndian), "ab");
 }
 
-// Ctrl+V in a grid puts each entry of a printout into its own cell.
-TEST(MatrixTextPaste, CtrlVFillsOneCellPerEntry) {
+// Ctrl+V in a grid puts each entry of a printout into its own cell, a decimal comma between
+// semicolons as the user writes it; a data frame's HTML gives its entries, not the headings
+// of the text beside it; a printout that cannot be read exactly writes nothing.
+struct CtrlVCase {
+    const char* name;
+    char separator;
+    const char* text;
+    const char* html;
+    Rows cells;  // the 2 x 2 cells at the top left
+};
+
+void PrintTo(const CtrlVCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class MatrixTextPaste : public ::testing::TestWithParam<CtrlVCase> {};
+
+TEST_P(MatrixTextPaste, CtrlVFillsOneCellPerEntry) {
     GridWidget grid;
     grid.SetRows(3);
     grid.SetCols(3);
+    grid.Model().SetDecimalSeparator(GetParam().separator);
     grid.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&grid));
     grid.View().setCurrentIndex(grid.View().model()->index(0, 0));
-    QGuiApplication::clipboard()->setText("A =\n\n   1.5000  -2.0000\n   3.0000   4.0000\n");
+    auto* mime = new QMimeData;
+    mime->setText(GetParam().text);
+    if (*GetParam().html) mime->setHtml(GetParam().html);
+    QGuiApplication::clipboard()->setMimeData(mime);
     QTest::keyClick(&grid.View(), Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(grid.Model().CellText(1, 1), "1.5000");
-    EXPECT_EQ(grid.Model().CellText(1, 2), "-2.0000");
-    EXPECT_EQ(grid.Model().CellText(2, 1), "3.0000");
-    EXPECT_EQ(grid.Model().CellText(2, 2), "4.0000");
+    Rows cells(2, std::vector<std::string>(2));
+    for (int row = 0; row < 2; ++row)
+        for (int col = 0; col < 2; ++col)
+            cells[row][col] = grid.Model().CellText(row + 1, col + 1).toStdString();
+    EXPECT_EQ(cells, GetParam().cells);
 }
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Cases, MatrixTextPaste, ::testing::Values(
+    CtrlVCase{"octave", '.', "A =\n\n   1.5000  -2.0000\n   3.0000   4.0000\n", "",
+              {{"1.5000", "-2.0000"}, {"3.0000", "4.0000"}}},
+    CtrlVCase{"semicolons_decimal_comma", ',', "1,5;-2\n3;4,25\n", "", {{"1,5", "-2"}, {"3", "4,25"}}},
+    CtrlVCase{"semicolons_decimal_point", '.', "1,5;-2\n3;4,25\n", "", {{"1.5", "-2"}, {"3", "4.25"}}},
+    CtrlVCase{"notebook_frame", '.', "\ta\tb\nx\t1.5\t-2\ny\t3\t4\n",
+              "<table><tr><th></th><th>a</th><th>b</th></tr><tr><th>x</th><td>1.5</td><td>-2</td>"
+              "</tr><tr><th>y</th><td>3</td><td>4</td></tr></table>", {{"1.5", "-2"}, {"3", "4"}}},
+    CtrlVCase{"complex_refused", '.', "     [,1] [,2]\n[1,] 1+2i 3-1i\n", "<tr><td>1</td></tr>",
+              {{"", ""}, {"", ""}}}),
+    [](const auto& info) { return std::string(info.param.name); });
+// clang-format on
 
 }  // namespace
