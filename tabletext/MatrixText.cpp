@@ -35,7 +35,7 @@ std::string_view WithoutPrompt(std::string_view text) {
 }
 
 // Octave's and MATLAB's display of a single value on its one line: "a = 3.2500",
-// "ans = -1.5000e-03", "z = 1 + 2i" (an identifier, "=", one value).
+// "ans = -1.5000e-03", "r = 1/3" (format rat), "z = 1 + 2i" (an identifier, "=", one value).
 TextTable ParseNamedValue(std::string_view text, TableBound bound) {
     if (text.find_first_of("\r\n") != std::string_view::npos) return TextTable();
     const std::size_t equals = text.find(" = ");
@@ -49,9 +49,7 @@ TextTable ParseNamedValue(std::string_view text, TableBound bound) {
                             });
     if (!identifier) return TextTable();
     const bool single = value.find_first_of(" \t") == std::string_view::npos;
-    if (!(single && IsNumber(value) && value.find('/') == std::string_view::npos) &&
-        !IsComplex(value))
-        return TextTable();
+    if (!(single && IsNumber(value)) && !IsComplex(value)) return TextTable();
     TextTable table(bound);
     AddEntry(table, value);
     return table;

@@ -90,21 +90,25 @@ TEST_P(BoundedParse, KeepsTheCornerOfTheWholeTable) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, BoundedParse,
-    ::testing::Values(BoundCase{"tsv", ParseTsv, "1\t2\t3\n\"a\nb\"\t\n4\t5\t6\t7\n8"},
-                      BoundCase{"csv", ParseCsv, " 1 , \"x,y\"\n2,3,4\n"},
-                      BoundCase{"plain_csv", PlainText, "1,2,3\n4,5,6\n7,8,9\n"},
-                      BoundCase{"plain_uneven_csv_late", PlainText, "1,2\n3,4\n5,6\n7"},
-                      BoundCase{"plain_long_line_late", PlainText, "1,2\n3,4\n5,6,7"},
-                      BoundCase{"semicolons", PlainText, "1,5;-2;x\n3;4,25E-3;\"a;b\"\n"},
-                      BoundCase{"pandas_frame", PlainText, "   0  1\n0  1  2\n1  3  4\n"},
-                      BoundCase{"matrix", PlainText, "[1 2 3; 4 5 6; 7 8 9]"},
-                      BoundCase{"printed_matrix", PlainText, "A =\n\n   1   2   3\n   4   5   6\n"},
-                      BoundCase{"nested_matrix", ParseBracketMatrix, "[[1, 2], [3, 4], [5, 6]]"},
-                      BoundCase{
-                          "html_spans", ParseHtmlTable,
-                          "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
-                          "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
-                          "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
+    ::testing::Values(
+        BoundCase{"tsv", ParseTsv, "1\t2\t3\n\"a\nb\"\t\n4\t5\t6\t7\n8"},
+        BoundCase{"csv", ParseCsv, " 1 , \"x,y\"\n2,3,4\n"},
+        BoundCase{"plain_csv", PlainText, "1,2,3\n4,5,6\n7,8,9\n"},
+        BoundCase{"plain_uneven_csv_late", PlainText, "1,2\n3,4\n5,6\n7"},
+        BoundCase{"plain_long_line_late", PlainText, "1,2\n3,4\n5,6,7"},
+        BoundCase{"semicolons", PlainText, "1,5;-2;x\n3;4,25E-3;\"a;b\"\n"},
+        BoundCase{"pandas_frame", PlainText, "   0  1\n0  1  2\n1  3  4\n"},
+        BoundCase{"refused_beyond_the_bound", PlainText, "A =\n\n 1 2 3\n 4 5 6\n 7 8 NaN\n"},
+        BoundCase{"html_frame", ParseHtmlMatrix,
+                  "<table><tr><th>i</th><th>a</th><th>b</th></tr><tr><th>0</th><td>1</td>"
+                  "<td>2</td></tr><tr><th>1</th><td>3</td><td>4</td></tr></table>"},
+        BoundCase{"matrix", PlainText, "[1 2 3; 4 5 6; 7 8 9]"},
+        BoundCase{"printed_matrix", PlainText, "A =\n\n   1   2   3\n   4   5   6\n"},
+        BoundCase{"nested_matrix", ParseBracketMatrix, "[[1, 2], [3, 4], [5, 6]]"},
+        BoundCase{"html_spans", ParseHtmlTable,
+                  "<table><tr><td colspan=4 rowspan=3>x</td><td>y</td></tr><tr><td>z</td>"
+                  "</tr><tr><td rowspan=2>1</td><td colspan=2>2</td></tr><tr></tr>"
+                  "<tr><td>3</td><td>4</td><td>5</td></tr></table>"}),
     ByName());
 
 // A count of cells keeps no more than it allows, stops the reading and says so, also where a
