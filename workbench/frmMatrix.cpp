@@ -610,8 +610,8 @@ QString frmMatrix::ChooseExportFile(const QString& filter, const QString& title,
 
 // The one way every export runs: where the file goes, whether it may be written there, the
 // writing, and the note of success. The workbook and the web page ask through the window's
-// dialog and before replacing a file; the PDF, CSV and XML exports ask through a dialog of
-// their own. Cancelling, answering No and a failed export end silently.
+// dialog and before replacing a file; the PDF, CSV and XML exports through a dialog of their
+// own (ChooseExportFile). Cancelling, answering No and a failed export end silently.
 void frmMatrix::ExportResults(Export::Format format) {
     const ExportCommand& command =
         *std::find_if(std::begin(ExportCommands), std::end(ExportCommands),
