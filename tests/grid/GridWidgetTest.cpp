@@ -13,10 +13,12 @@
 #include <QTableView>
 #include <QTest>
 #include <QUndoStack>
+#include <map>
 #include <tuple>
 #include <vector>
 
 #include "GridWidget.h"
+#include "NamedRows.h"
 
 namespace {
 
@@ -118,31 +120,97 @@ TEST_F(GridWidgetTest, CroppedPastesFillOnlyWhatFits) {
     EXPECT_EQ(std::pair(grid.Rows(), grid.Cols()), std::pair(4, 4));
 }
 
-TEST_F(GridWidgetTest, TypingReplacesTheCellAndEnterMovesDown) {
-    Fill({{"old"}});
+// Keys typed at the grid, as a person types them -> the cells they leave, the current cell
+// and the steps of undo. Characters are typed as they stand; {Name} is a key, {Dbl} a
+// double-click on the current cell and {Click} a click into the open editor. Every case
+// starts at cell (1,1) of a grid of 3 x 3 cells whose first row holds "12" and "old".
+struct KeyCase {
+    const char* name;
+    const char* keys;
+    const char* cells;  // rows separated by "/", cells by ","
+    int row, col;       // the current cell afterwards
+    int steps;          // edits kept in the undo history
+};
+class GridKeysTest : public GridWidgetTest, public ::testing::WithParamInterface<KeyCase> {
+protected:
+    void Run(const QString& keys) {
+        static const std::map<QString, std::pair<int, Qt::KeyboardModifiers>> named{
+            {"Right", {Qt::Key_Right, {}}},    {"Left", {Qt::Key_Left, {}}},
+            {"Up", {Qt::Key_Up, {}}},          {"Down", {Qt::Key_Down, {}}},
+            {"Home", {Qt::Key_Home, {}}},      {"End", {Qt::Key_End, {}}},
+            {"Tab", {Qt::Key_Tab, {}}},        {"S-Tab", {Qt::Key_Backtab, Qt::ShiftModifier}},
+            {"Enter", {Qt::Key_Return, {}}},   {"S-Enter", {Qt::Key_Return, Qt::ShiftModifier}},
+            {"Esc", {Qt::Key_Escape, {}}},     {"F2", {Qt::Key_F2, {}}},
+            {"Bksp", {Qt::Key_Backspace, {}}}, {"KpEnter", {Qt::Key_Enter, Qt::KeypadModifier}}};
+        QTableView& view = grid.View();
+        for (qsizetype i = 0; i < keys.size(); ++i) {
+            QWidget* focus = QApplication::focusWidget();
+            ASSERT_NE(focus, nullptr);
+            if (keys[i] != '{') {
+                QTest::keyClicks(focus, keys.mid(i, 1));
+                continue;
+            }
+            const qsizetype close = keys.indexOf('}', i);
+            const QString name = keys.mid(i + 1, close - i - 1);
+            i = close;
+            if (name == "Dbl") {
+                const QPoint at = view.visualRect(view.currentIndex()).center();
+                // As the desktop sends it: a click, then the second press as a double-click.
+                QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, at);
+                QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, at);
+                QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, at);
+            } else if (name == "Click") {
+                QWidget* editor = view.indexWidget(view.currentIndex());
+                ASSERT_NE(editor, nullptr);
+                QTest::mouseClick(editor, Qt::LeftButton, {}, editor->rect().center());
+            } else {
+                ASSERT_TRUE(named.contains(name)) << name.toStdString();
+                const auto& [key, mods] = named.at(name);
+                QTest::keyClick(focus, Qt::Key(key), mods);
+            }
+        }
+    }
+};
+
+TEST_P(GridKeysTest, KeysLeaveTheseCells) {
+    const KeyCase& c = GetParam();
+    Fill({{"12", "old"}});
+    grid.UndoStack().clear();
     Select(1, 1, 1, 1);
-    Type("42");
-    Key(Qt::Key_Return);
-    EXPECT_EQ(grid.CellText(1, 1), "42");
-    EXPECT_EQ(grid.View().currentIndex().row(), 1);
+    QApplication::setActiveWindow(&grid);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&grid));
+    grid.View().setFocus();
+    Run(QString::fromUtf8(c.keys));
 
-    // F2 keeps the text and appends; Tab commits and moves right.
-    Select(1, 1, 1, 1);
-    Key(Qt::Key_F2);
-    Type("5");
-    Key(Qt::Key_Tab);
-    EXPECT_EQ(grid.CellText(1, 1), "425");
-    EXPECT_EQ(grid.View().currentIndex().column(), 1);
-
-    // Escape throws the edit away.
-    Type("x");
-    Key(Qt::Key_Escape);
-    EXPECT_EQ(grid.CellText(1, 2), "");
-
-    Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(grid.CellText(1, 1), "42");
-    EXPECT_EQ(grid.UndoStack().count(), 2);
+    QStringList rows;
+    for (const std::vector<QString>& row : Texts(grid, 1, 1, 3, 3))
+        rows << QStringList(row.begin(), row.end()).join(',');
+    const QModelIndex current = grid.View().currentIndex();
+    EXPECT_EQ(rows.join('/').toStdString(), c.cells);
+    EXPECT_EQ(std::pair(current.row() + 1, current.column() + 1), std::pair(c.row, c.col));
+    EXPECT_EQ(grid.UndoStack().count(), c.steps);
+    EXPECT_EQ(grid.View().indexWidget(current), nullptr) << "an editor left open";
 }
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Typing, GridKeysTest, ::testing::Values(
+    KeyCase{"RowWithArrows", "1{Right}2{Right}3{Enter}", "1,2,3/,,/,,", 2, 3, 3},
+    KeyCase{"ColumnWithEnter", "4{Enter}5{KpEnter}6{S-Enter}", "4,old,/5,,/6,,", 2, 1, 3},
+    KeyCase{"EveryWayOfAnEntry", "{Down}{Right}5{Up}6{Left}7{Down}{Down}8{Tab}9{S-Tab}",
+            "7,6,/,5,/8,9,", 3, 1, 5},
+    // At the edge the text is kept and the editor closed: the next character starts afresh.
+    KeyCase{"EntryAtTheRightEdge", "{Right}{Right}9{Right}8{Tab}7{Enter}", "12,old,7/,,/,,", 2, 3, 3},
+    KeyCase{"EntryAtTheTopAndBottom", "3{S-Enter}4{Up}{Down}{Down}1{Enter}2{Down}",
+            "4,old,/,,/2,,", 3, 1, 4},
+    KeyCase{"EditMovesTheCaret", "{F2}{Left}{Left}3{End}4{Home}5{Right}{Enter}{F2}x{Up}",
+            "53124,old,/x,,/,,", 1, 1, 2},
+    KeyCase{"DoubleClickEdits", "{Dbl}{Left}3{Down}", "132,old,/,,/,,", 2, 1, 1},
+    KeyCase{"ClickIntoAnEntryEdits", "{Right}1{Click}{Left}2{Tab}", "12,21,/,,/,,", 1, 3, 1},
+    KeyCase{"EscapeKeepsTheCell", "{F2}9{Esc}{Right}x{Esc}{Bksp}{Esc}", "12,old,/,,/,,", 1, 2, 0},
+    KeyCase{"BackspaceEmptiesOnEnter", "{Bksp}{Enter}{Bksp}7{Right}", ",old,/7,,/,,", 2, 2, 2},
+    KeyCase{"BackspaceStartsAnEntry", "{Right}{Bksp}{Left}", "12,,/,,/,,", 1, 1, 1}),
+    ByName());
+// clang-format on
 
 // Cut, copy, Delete and paste by their keys; each edit is one step of undo.
 TEST_F(GridWidgetTest, ShortcutsAndDeleteActOnTheSelectionAndUndoOneStepEach) {
