@@ -130,6 +130,7 @@ public:
     // Lays out the headings and the cell area again at once.
     void Relayout() { updateGeometries(); }
 
+    // The editor of the cell being edited, or none.
     QLineEdit* OpenEditor() const {
         if (state() != EditingState) return nullptr;
         return static_cast<GridDelegate*>(itemDelegate())->lastEditor;
