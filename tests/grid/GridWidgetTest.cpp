@@ -84,30 +84,6 @@ TEST_F(GridWidgetTest, CopyPasteBetweenGridsKeepsTexts) {
     EXPECT_EQ(Texts(other, 2, 2, 3, 2), cells);
 }
 
-// What a paste crops at the grid's edges fills no more than fits: a row cut off is still a
-// row, not a single value to fill the selection with, and a web page's table of huge spans
-// lands as the corner that fits.
-TEST_F(GridWidgetTest, CroppedPastesFillOnlyWhatFits) {
-    QGuiApplication::clipboard()->setText("a\tb\n");
-    Select(1, 3, 2, 3);
-    Key(Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(Texts(grid, 1, 1, 2, 3), (Cells{{"", "", "a"}, {"", "", ""}}));
-
-    QByteArray html = "<table><tr>";
-    for (int i = 0; i < 40; ++i)
-        html += "<td colspan=1000 rowspan=1000>" + QByteArray::number(i) + "</td>";
-    html += "</tr>";
-    for (int i = 0; i < 999; ++i)
-        html += "<tr><td>x</td></tr>";
-    auto* mime = new QMimeData;
-    mime->setHtml(QString::fromUtf8(html + "</table>"));
-    QGuiApplication::clipboard()->setMimeData(mime);
-    Select(2, 2, 2, 2);
-    Key(Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(Texts(grid, 1, 1, 3, 3), (Cells{{"", "", "a"}, {"", "0", ""}, {"", "", ""}}));
-    EXPECT_EQ(std::pair(grid.Rows(), grid.Cols()), std::pair(4, 4));
-}
-
 // Keys typed at the grid, as a person types them -> the cells they leave, the current cell
 // and the steps of undo. Characters are typed as they stand; {Shift+Return} is a key as
 // shortcuts name it, {Dbl} a double-click on the current cell and {Click} a click into the
