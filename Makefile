@@ -12,21 +12,21 @@ JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 120
 FUZZERS = number_reader paste xls_writer
 
-.PHONY: all deps run test bench fuzz build package format clean
+.PHONY: all run test bench fuzz build package format clean
 
 all: build
 
-deps:
-	@scripts/install-deps
-
-build: deps
-	cmake --preset release
+# Each command installs only what it needs (scripts/install-deps lists the sets).
+build:
+	@scripts/install-deps run
+	cmake --preset release -DKELVARA_BENCH=OFF
 	cmake --build --preset release -j $(JOBS)
 
 run: build
 	@scripts/run-kelvara build/release/app/kelvara
 
-test: deps
+test:
+	@scripts/install-deps test
 	cmake --preset ci
 	cmake --build --preset ci -j $(JOBS)
 	ctest --preset ci -j $(JOBS)
@@ -34,14 +34,19 @@ test: deps
 	cmake --build --preset tsan -j $(JOBS)
 	ctest --preset tsan -j $(JOBS)
 
-bench: build
+bench:
+	@scripts/install-deps bench
+	cmake --preset release -DKELVARA_BENCH=ON
+	cmake --build --preset release -j $(JOBS)
 	@scripts/run-benchmarks build/release/bench
 
 package: build
+	@scripts/install-deps package
 	cpack --config build/release/CPackConfig.cmake -B build/package
 	@ls build/package/*.deb
 
-fuzz: deps
+fuzz:
+	@scripts/install-deps fuzz
 	cmake -G Ninja -S fuzz -B build/fuzz -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build build/fuzz -j $(JOBS)
 	for f in $(FUZZERS); do fuzz/run-fuzzer build/fuzz/fuzz_$$f fuzz/corpus/$$f $(FUZZ_SECONDS) || exit 1; done

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <optional>
 
 #include "GridEditCommands.h"
 
@@ -64,6 +65,9 @@ class GridDelegate : public QStyledItemDelegate {
 public:
     explicit GridDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
     std::function<void(const QModelIndex&, const QString&)> commit;
+    // A key pressed in the editor, answering true when it was used up; a click into it.
+    std::function<bool(QLineEdit*, QKeyEvent*)> editorKey;
+    std::function<void()> editorClick;
     mutable QPointer<QLineEdit> lastEditor;  // the editor opened most recently
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
@@ -101,16 +105,13 @@ protected:
         }
     }
 
-    // Enter commits at once (the stock delegate defers it to the event loop).
+    // The view has the first say over the open editor's keys and clicks.
     bool eventFilter(QObject* object, QEvent* event) override {
-        if (event->type() == QEvent::KeyPress) {
-            const int key = static_cast<QKeyEvent*>(event)->key();
-            if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-                auto* editor = qobject_cast<QWidget*>(object);
-                emit commitData(editor);
-                emit closeEditor(editor, QAbstractItemDelegate::SubmitModelCache);
+        if (auto* editor = qobject_cast<QLineEdit*>(object)) {
+            if (event->type() == QEvent::KeyPress && editorKey &&
+                editorKey(editor, static_cast<QKeyEvent*>(event)))
                 return true;
-            }
+            if (event->type() == QEvent::MouseButtonPress && editorClick) editorClick();
         }
         return QStyledItemDelegate::eventFilter(object, event);
     }
@@ -118,44 +119,61 @@ protected:
 
 // The cell area. Keys go to the widget's own handler first; the selection follows a press
 // before the press is reported, so a menu opened from the report acts on the new selection.
+//
+// A cell's editor is opened in one of two ways, as in a spreadsheet. Typing a character (or
+// Backspace) starts an *entry*: the arrow keys keep the text and move on, so a row or a
+// column of numbers is typed without leaving the keyboard. F2, a double-click or a click
+// into the open editor make it an *edit*, in which Left, Right, Home and End move the caret.
 class GridView : public QTableView {
 public:
     explicit GridView(QWidget* parent) : QTableView(parent) {}
     // Lays out the headings and the cell area again at once.
     void Relayout() { updateGeometries(); }
 
+    // The editor of the cell being edited, or none.
+    QLineEdit* OpenEditor() const {
+        if (state() != EditingState) return nullptr;
+        return static_cast<GridDelegate*>(itemDelegate())->lastEditor;
+    }
+
     // Ends the edit in progress, if any, keeping the typed text; the current cell stays.
     void CommitEdit() {
-        if (state() != EditingState) return;
-        QLineEdit* editor = static_cast<GridDelegate*>(itemDelegate())->lastEditor;
-        if (editor == nullptr) return;
-        commitData(editor);
-        closeEditor(editor, QAbstractItemDelegate::NoHint);
+        if (QLineEdit* editor = OpenEditor()) {
+            commitData(editor);
+            closeEditor(editor, QAbstractItemDelegate::NoHint);
+        }
     }
 
     // Moves the current cell one row down or up, for Enter and Shift+Enter.
     bool StepVertically(bool up) { return MoveCurrent(up ? MoveUp : MoveDown); }
+
+    // Starts an entry in the current cell with its text emptied, for Backspace. The cell
+    // keeps its text until the entry is kept.
+    bool StartEmptyEntry() {
+        const QModelIndex index = currentIndex();
+        if (state() == EditingState || !index.isValid() || !edit(index, AnyKeyPressed, nullptr))
+            return false;
+        if (QLineEdit* editor = OpenEditor()) editor->clear();
+        return true;
+    }
+
+    // A key in the open editor: one that ends it keeps the text and moves one cell, or
+    // leaves the current cell where it is at the grid's edge.
+    bool EditorKey(QLineEdit* editor, QKeyEvent* event) {
+        const auto step = StepOfKey(*event, entry_);
+        if (!step) return false;
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+        MoveCurrent(*step);
+        event->accept();
+        return true;
+    }
+    // A click into the open editor places the caret: the entry becomes an edit.
+    void EditorClicked() { entry_ = false; }
+
     PressHook pressHook;
     std::function<bool(QKeyEvent*)> keyHook;
     std::function<void()> geometryHook;
-
-    // Where the editor leaves the current cell: Enter moves down, Tab right, Shift+Tab left.
-    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override {
-        QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
-        switch (hint) {
-            case QAbstractItemDelegate::SubmitModelCache:
-                MoveCurrent(GridView::MoveDown);
-                break;
-            case QAbstractItemDelegate::EditNextItem:
-                MoveCurrent(QAbstractItemView::MoveRight);
-                break;
-            case QAbstractItemDelegate::EditPreviousItem:
-                MoveCurrent(QAbstractItemView::MoveLeft);
-                break;
-            default:
-                break;
-        }
-    }
 
     // Moves the current cell one step; answers false at the grid's edge.
     bool MoveCurrent(CursorAction action) {
@@ -176,15 +194,16 @@ public:
     }
 
 protected:
-    // Typing replaces the cell's text; F2 and a double-click keep it, with the cursor at
-    // its end.
+    // Typing replaces the cell's text and starts an entry; F2 and a double-click keep the
+    // text, with the caret at its end, and start an edit.
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override {
         const bool wasEditing = state() == EditingState;
         if (!QTableView::edit(index, trigger, event)) return false;
-        auto* delegate = static_cast<GridDelegate*>(itemDelegate());
-        if (!wasEditing && trigger != AnyKeyPressed && delegate->lastEditor) {
-            delegate->lastEditor->deselect();
-            delegate->lastEditor->end(false);
+        if (wasEditing) return true;
+        entry_ = trigger == AnyKeyPressed;
+        if (QLineEdit* editor = OpenEditor(); editor && !entry_) {
+            editor->deselect();
+            editor->end(false);
         }
         return true;
     }
@@ -205,6 +224,42 @@ protected:
         QTableView::updateGeometries();
         if (geometryHook) geometryHook();
     }
+
+private:
+    // Where a key pressed in the open editor moves the current cell once the text is kept, or
+    // nothing for a key the editor keeps. Enter, Tab and the vertical arrows always move on;
+    // Left and Right do so in an entry only, and move the caret in an edit.
+    static std::optional<CursorAction> StepOfKey(const QKeyEvent& key, bool entry) {
+        const Qt::KeyboardModifiers mods = key.modifiers() & ~Qt::KeypadModifier;
+        const bool shift = mods == Qt::ShiftModifier;
+        const bool plain = mods == Qt::NoModifier;
+        switch (key.key()) {
+            case Qt::Key_Return:
+            case Qt::Key_Enter:
+                return shift ? MoveUp : MoveDown;
+            case Qt::Key_Tab:
+                return shift ? MoveLeft : MoveRight;
+            case Qt::Key_Backtab:
+                return MoveLeft;
+            case Qt::Key_Up:
+                if (plain) return MoveUp;
+                break;
+            case Qt::Key_Down:
+                if (plain) return MoveDown;
+                break;
+            case Qt::Key_Left:
+                if (plain && entry) return MoveLeft;
+                break;
+            case Qt::Key_Right:
+                if (plain && entry) return MoveRight;
+                break;
+            default:
+                break;
+        }
+        return std::nullopt;
+    }
+
+    bool entry_ = false;  // the open editor was started by typing
 };
 
 // Reports presses on a helper widget of the view (the corner button over the headings).
@@ -273,8 +328,10 @@ bool GridWidget::Parts::HandleKey(QKeyEvent* event) {
         undo.undo();
     } else if (event->matches(QKeySequence::Redo)) {
         undo.redo();
-    } else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+    } else if (event->key() == Qt::Key_Delete) {
         self->Selection().ClearContents();
+    } else if (event->key() == Qt::Key_Backspace && event->modifiers() == Qt::NoModifier) {
+        view->StartEmptyEntry();
     } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         view->StepVertically(event->modifiers() & Qt::ShiftModifier);
     } else {
@@ -371,6 +428,10 @@ GridWidget::GridWidget(QWidget* parent) : QWidget(parent), p_(std::make_unique<P
     delegate->commit = [this](const QModelIndex& index, const QString& text) {
         p_->Commit(index, text);
     };
+    delegate->editorKey = [&view](QLineEdit* editor, QKeyEvent* event) {
+        return view.EditorKey(editor, event);
+    };
+    delegate->editorClick = [&view] { view.EditorClicked(); };
     view.setItemDelegate(delegate);
 
     for (GridHeader* header : {p.columnHeadings, p.rowHeadings}) {

@@ -16,6 +16,7 @@ public:
     static constexpr int Question = 32;
     static constexpr int Exclamation = 48;
     static constexpr int Information = 64;
+    static constexpr int DefaultButton2 = 256;
     static constexpr int AnswerOk = 1;
     static constexpr int AnswerYes = 6;
     static constexpr int AnswerNo = 7;
@@ -33,6 +34,8 @@ public:
     // Opens a document or web address with the program the desktop has for it. Answers
     // false when the desktop has no program for a document of its type, or opening failed.
     virtual bool ShellOpen(QWidget* owner, const QString& target) = 0;
+    // The user's documents folder, or the home folder where there is none.
+    virtual QString DocumentsFolder() = 0;
     // The folder holding the running program, without a trailing separator (except at
     // the root of a file system).
     virtual QString ProgramFolder() = 0;

@@ -6,6 +6,7 @@
 #include <QCursor>
 #include <QDesktopServices>
 #include <QDialog>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -180,6 +181,12 @@ bool QtPlatform::ShellOpen(QWidget* /*owner*/, const QString& target) {
     // so ask first.
     if (!HasDefaultProgram(target)) return false;
     return QDesktopServices::openUrl(QUrl::fromLocalFile(target));
+}
+
+QString QtPlatform::DocumentsFolder() {
+    // The desktop names a documents folder even before it has been made.
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return !documents.isEmpty() && QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
 QString QtPlatform::ProgramFolder() {

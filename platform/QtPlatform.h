@@ -11,6 +11,7 @@ public:
                          const QString& initialName) override;
     bool FileExists(const QString& path) override;
     bool ShellOpen(QWidget* owner, const QString& target) override;
+    QString DocumentsFolder() override;
     QString ProgramFolder() override;
     char DecimalSeparator() override;
     void PopupMenu(QMenu& menu) override;

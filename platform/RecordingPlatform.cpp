@@ -43,6 +43,10 @@ bool RecordingPlatform::ShellOpen(QWidget* owner, const QString& target) {
     return shellOpens;
 }
 
+QString RecordingPlatform::DocumentsFolder() {
+    return documentsFolder;
+}
+
 QString RecordingPlatform::ProgramFolder() {
     calls_.push_back({QStringLiteral("ProgramFolder"), {}});
     return programFolder;

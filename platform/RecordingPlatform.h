@@ -23,6 +23,7 @@ public:
                          const QString& initialName) override;
     bool FileExists(const QString& path) override;
     bool ShellOpen(QWidget* owner, const QString& target) override;
+    QString DocumentsFolder() override;
     QString ProgramFolder() override;
     char DecimalSeparator() override;
     void PopupMenu(QMenu& menu) override;
@@ -42,6 +43,7 @@ public:
     // The files FileExists finds (by exact path); when set, existsTest decides instead.
     QStringList existingFiles;
     std::function<bool(const QString&)> existsTest;
+    QString documentsFolder = QStringLiteral("/home/user/Documents");
     QString programFolder = QStringLiteral("/opt/kelvara");
     char decimalSeparator = '.';
     // What ShellOpen answers: whether the desktop had a program for the target.

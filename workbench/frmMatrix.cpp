@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
@@ -546,20 +547,35 @@ void frmMatrix::Grid_PasteRefused(int /*Index*/, const QString& Reason) {
 namespace {
 
 // The five commands of File > Export Results, in menu order: the format, its save dialog's
-// filter and title, and whether it asks through the window's own dialog.
+// filter and title, whether it asks through the window's own dialog, and the extension its
+// own dialog adds to a name typed without one.
 struct ExportCommand {
     Export::Format format;
     const char* filter;
     const char* title;
     bool windowDialog;
+    const char* extension;
 };
 constexpr ExportCommand ExportCommands[] = {
-    {Export::Format::Workbook, "Excel WorkBook (*.xls)|*.xls", "Export Excel file", true},
-    {Export::Format::WebPage, "Hypertext file(*.htm)|*.htm", "Export html file", true},
-    {Export::Format::Pdf, "PDF file (*.pdf)|*.pdf", "Export PDF file", false},
-    {Export::Format::Csv, "CSV file (*.csv)|*.csv", "Export CSV file", false},
-    {Export::Format::Xml, "XML file (*.xml)|*.xml", "Export XML file", false},
+    {Export::Format::Workbook, "Excel WorkBook (*.xls)|*.xls", "Export Excel file", true, ""},
+    {Export::Format::WebPage, "Hypertext file(*.htm)|*.htm", "Export html file", true, ""},
+    {Export::Format::Pdf, "PDF file (*.pdf)|*.pdf", "Export PDF file", false, "pdf"},
+    {Export::Format::Csv, "CSV file (*.csv)|*.csv", "Export CSV file", false, "csv"},
+    {Export::Format::Xml, "XML file (*.xml)|*.xml", "Export XML file", false, "xml"},
 };
+
+// The name the export dialog suggests in its folder, "Result.csv" and so on.
+const QString SuggestedName = QStringLiteral("Result");
+
+// path with ".extension" added when its file name has no extension of its own: "out" and
+// "out." become "out.csv", while "a.txt" stays as typed, for the user chose that name. A
+// leading dot marks a hidden file, not an extension: ".out" becomes ".out.csv".
+QString WithExtension(const QString& path, const QString& extension) {
+    const QString name = QFileInfo(path).fileName();
+    if (name.endsWith(QLatin1Char('.'))) return path + extension;
+    if (name.lastIndexOf(QLatin1Char('.')) > 0) return path;
+    return path + QLatin1Char('.') + extension;
+}
 
 }  // namespace
 
@@ -568,10 +584,34 @@ void frmMatrix::ShowSaveDialog() {
                                                     CommonDialog1.FileName);
 }
 
+// The dialog of the PDF, CSV and XML exports: it opens in the folder of the last export, or
+// else in the user's documents, with a name suggested; a name typed without an extension
+// gets the format's; a file already there is replaced only when the user says so. Answers
+// the path to write, or "" when the user cancelled or kept the old file.
+QString frmMatrix::ChooseExportFile(const QString& filter, const QString& title,
+                                    const QString& extension) {
+    const QString folder =
+        lastExportFolder_.isEmpty() ? platform_.DocumentsFolder() : lastExportFolder_;
+    QString path = platform_.SaveFileName(
+        filter, title, QDir(folder).filePath(SuggestedName + QLatin1Char('.') + extension));
+    if (path.isEmpty()) return path;
+    path = WithExtension(path, extension);
+    lastExportFolder_ = QFileInfo(path).absolutePath();
+    // Any name already taken counts here, a hidden file's too: the dialog did not ask about
+    // the name with its extension added.
+    if (QFileInfo::exists(path) &&
+        platform_.MessageBox(
+            QStringLiteral("File ") + path + QStringLiteral(" already exists. Replace it?"),
+            Platform::YesNo + Platform::Question + Platform::DefaultButton2,
+            title) != Platform::AnswerYes)
+        return QString();
+    return path;
+}
+
 // The one way every export runs: where the file goes, whether it may be written there, the
 // writing, and the note of success. The workbook and the web page ask through the window's
-// dialog and before replacing a file; the PDF, CSV and XML exports ask through a dialog of
-// their own. Cancelling, answering No and a failed export end silently.
+// dialog and before replacing a file; the PDF, CSV and XML exports through a dialog of their
+// own (ChooseExportFile). Cancelling, answering No and a failed export end silently.
 void frmMatrix::ExportResults(Export::Format format) {
     const ExportCommand& command =
         *std::find_if(std::begin(ExportCommands), std::end(ExportCommands),
@@ -587,6 +627,7 @@ void frmMatrix::ExportResults(Export::Format format) {
         ShowSaveDialog();
         path = CommonDialog1.FileName;
         if (path.isEmpty()) return;
+        lastExportFolder_ = QFileInfo(path).absolutePath();
         if (platform_.FileExists(path) &&
             platform_.MessageBox(
                 QStringLiteral("File ") + path +
@@ -594,7 +635,7 @@ void frmMatrix::ExportResults(Export::Format format) {
                 Platform::YesNo + Platform::Question, NoteTitle) == Platform::AnswerNo)
             return;
     } else {
-        path = platform_.SaveFileName(filter, title, QString());
+        path = ChooseExportFile(filter, title, QString::fromLatin1(command.extension));
         if (path.isEmpty()) return;
     }
     if (ResultExport::WriteFile(Grid3->Model(), format, platform_.DecimalSeparator(), path))

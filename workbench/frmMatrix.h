@@ -177,10 +177,12 @@ private:
     void DimensionCheck(QLineEdit* box, int old, const QString& message);
     void ExportResults(Export::Format format);
     void ShowSaveDialog();
+    QString ChooseExportFile(const QString& filter, const QString& title, const QString& extension);
 
     Platform& platform_;
     Operands operands_;
     std::unique_ptr<ResultSheet> sheet_;
     bool ended_ = false;
+    QString lastExportFolder_;         // the folder of the last file chosen to export to, if any
     QPointer<HelpWindow> helpWindow_;  // our own help window, while it is open
 };

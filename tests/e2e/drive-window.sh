@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Starts the built Kelvara on a virtual X display and types at it with xdotool, as a person
 # at the keyboard would: Tab through the boxes, a cell left in the middle of an edit when
-# Compute is chosen, and an entry's caption typed into the operation list. What the window
+# Compute is chosen, an entry's caption typed into the operation list, and a row and a
+# column of numbers typed into the grids with the arrow keys and Enter. What the window
 # computed is read back from a CSV export. Every wait polls for a window with a time limit.
 #   drive-window.sh path/to/kelvara
 set -euo pipefail
@@ -159,4 +160,21 @@ compute
 export_csv "$work/none.csv"
 expect_file "$work/none.csv" "" "Compute with a typed list text"
 kill -0 "$app" 2>/dev/null || fail "the program ended"
-echo "drive-window: both runs as expected"
+
+# 3. A row typed into grid A as 1 Right 2 Right 3 Enter, and a column into grid B as
+#    4 Enter 5 Enter 6 Enter: each number lands in a cell of its own.
+start
+row1=$((menu + 116 + 20 + 10))
+click $((16 + 48 + 20)) "$row1"
+xdotool key 1 Right 2 Right 3 Return
+# Grid B: 4080 twips from the left.
+click $((272 + 48 + 20)) "$row1"
+xdotool key 4 Return 5 Return 6 Return
+compute
+export_csv "$work/typed.csv"
+sed -n '/^A + B =/,$p' "$work/typed.csv" >"$work/typed-sum.csv"
+expect_file "$work/typed-sum.csv" "A + B =,,,
+,5,2,3
+,5,0,0
+,6,0,0" "A + B of a typed row and a typed column"
+echo "drive-window: all three runs as expected"

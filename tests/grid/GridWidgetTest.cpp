@@ -6,8 +6,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
-#include <QKeyEvent>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTableView>
@@ -17,6 +15,7 @@
 #include <vector>
 
 #include "GridWidget.h"
+#include "NamedRows.h"
 
 namespace {
 
@@ -57,17 +56,8 @@ protected:
             QItemSelection(model->index(row - 1, col - 1), model->index(row2 - 1, col2 - 1)),
             QItemSelectionModel::ClearAndSelect);
     }
-    void Key(int key, Qt::KeyboardModifiers mods = Qt::NoModifier, const QString& text = {}) {
-        // Keys go to the cell editor while one is open, else to the view.
-        QWidget* target = &grid.View();
-        for (QLineEdit* editor : grid.View().findChildren<QLineEdit*>())
-            if (editor->isVisible()) target = editor;
-        QKeyEvent press(QEvent::KeyPress, key, mods, text);
-        QApplication::sendEvent(target, &press);
-    }
-    void Type(const QString& text) {
-        for (QChar c : text)
-            Key(c.unicode(), Qt::NoModifier, QString(c));
+    void Key(int key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        QTest::keyClick(&grid.View(), Qt::Key(key), mods);
     }
 
     GridWidget grid;
@@ -94,55 +84,93 @@ TEST_F(GridWidgetTest, CopyPasteBetweenGridsKeepsTexts) {
     EXPECT_EQ(Texts(other, 2, 2, 3, 2), cells);
 }
 
-// What a paste crops at the grid's edges fills no more than fits: a row cut off is still a
-// row, not a single value to fill the selection with, and a web page's table of huge spans
-// lands as the corner that fits.
-TEST_F(GridWidgetTest, CroppedPastesFillOnlyWhatFits) {
-    QGuiApplication::clipboard()->setText("a\tb\n");
-    Select(1, 3, 2, 3);
-    Key(Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(Texts(grid, 1, 1, 2, 3), (Cells{{"", "", "a"}, {"", "", ""}}));
+// Keys typed at the grid, as a person types them -> the cells they leave, the current cell
+// and the steps of undo. Characters are typed as they stand; {Shift+Return} is a key as
+// shortcuts name it, {Dbl} a double-click on the current cell and {Click} a click into the
+// open editor. Every case
+// starts at cell (1,1) of a grid of 3 x 3 cells whose first row holds "12" and "old".
+struct KeyCase {
+    const char* name;
+    const char* keys;
+    const char* cells;  // rows separated by "/", cells by ","
+    int row, col;       // the current cell afterwards
+    int steps;          // edits kept in the undo history
+};
+class GridKeysTest : public GridWidgetTest, public ::testing::WithParamInterface<KeyCase> {
+protected:
+    void Run(const QString& keys) {
+        QTableView& view = grid.View();
+        for (qsizetype i = 0; i < keys.size(); ++i) {
+            QWidget* focus = QApplication::focusWidget();
+            ASSERT_NE(focus, nullptr);
+            if (keys[i] != '{') {
+                QTest::keyClicks(focus, keys.mid(i, 1));
+                continue;
+            }
+            const qsizetype close = keys.indexOf('}', i);
+            const QString name = keys.mid(i + 1, close - i - 1);
+            i = close;
+            if (name == "Dbl") {
+                const QPoint at = view.visualRect(view.currentIndex()).center();
+                // As the desktop sends it: a click, then the second press as a double-click.
+                QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, at);
+                QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, at);
+                QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, at);
+            } else if (name == "Click") {
+                QWidget* editor = view.indexWidget(view.currentIndex());
+                ASSERT_NE(editor, nullptr);
+                QTest::mouseClick(editor, Qt::LeftButton, {}, editor->rect().center());
+            } else {
+                const QKeySequence key = QKeySequence::fromString(name);
+                ASSERT_EQ(key.count(), 1) << name.toStdString();
+                QTest::keyClick(focus, key[0].key(), key[0].keyboardModifiers());
+            }
+        }
+    }
+};
 
-    QByteArray html = "<table><tr>";
-    for (int i = 0; i < 40; ++i)
-        html += "<td colspan=1000 rowspan=1000>" + QByteArray::number(i) + "</td>";
-    html += "</tr>";
-    for (int i = 0; i < 999; ++i)
-        html += "<tr><td>x</td></tr>";
-    auto* mime = new QMimeData;
-    mime->setHtml(QString::fromUtf8(html + "</table>"));
-    QGuiApplication::clipboard()->setMimeData(mime);
-    Select(2, 2, 2, 2);
-    Key(Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(Texts(grid, 1, 1, 3, 3), (Cells{{"", "", "a"}, {"", "0", ""}, {"", "", ""}}));
-    EXPECT_EQ(std::pair(grid.Rows(), grid.Cols()), std::pair(4, 4));
+TEST_P(GridKeysTest, KeysLeaveTheseCells) {
+    const KeyCase& c = GetParam();
+    Fill({{"12", "old"}});
+    grid.UndoStack().clear();
+    Select(1, 1, 1, 1);
+    QApplication::setActiveWindow(&grid);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&grid));
+    grid.View().setFocus();
+    Run(QString::fromUtf8(c.keys));
+
+    QStringList rows;
+    for (const std::vector<QString>& row : Texts(grid, 1, 1, 3, 3))
+        rows << QStringList(row.begin(), row.end()).join(',');
+    const QModelIndex current = grid.View().currentIndex();
+    EXPECT_EQ(rows.join('/').toStdString(), c.cells);
+    EXPECT_EQ(std::pair(current.row() + 1, current.column() + 1), std::pair(c.row, c.col));
+    EXPECT_EQ(grid.UndoStack().count(), c.steps);
+    EXPECT_EQ(grid.View().indexWidget(current), nullptr) << "an editor left open";
 }
 
-TEST_F(GridWidgetTest, TypingReplacesTheCellAndEnterMovesDown) {
-    Fill({{"old"}});
-    Select(1, 1, 1, 1);
-    Type("42");
-    Key(Qt::Key_Return);
-    EXPECT_EQ(grid.CellText(1, 1), "42");
-    EXPECT_EQ(grid.View().currentIndex().row(), 1);
-
-    // F2 keeps the text and appends; Tab commits and moves right.
-    Select(1, 1, 1, 1);
-    Key(Qt::Key_F2);
-    Type("5");
-    Key(Qt::Key_Tab);
-    EXPECT_EQ(grid.CellText(1, 1), "425");
-    EXPECT_EQ(grid.View().currentIndex().column(), 1);
-
-    // Escape throws the edit away.
-    Type("x");
-    Key(Qt::Key_Escape);
-    EXPECT_EQ(grid.CellText(1, 2), "");
-
-    Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(grid.CellText(1, 1), "42");
-    EXPECT_EQ(grid.UndoStack().count(), 2);
-}
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Typing, GridKeysTest, ::testing::Values(
+    KeyCase{"RowWithArrows", "1{Right}2{Right}3{Return}", "1,2,3/,,/,,", 2, 3, 3},
+    KeyCase{"ColumnWithEnter", "4{Return}5{Num+Enter}6{Shift+Return}", "4,old,/5,,/6,,", 2, 1, 3},
+    KeyCase{"EveryWayOfAnEntry", "{Down}{Right}5{Up}6{Left}7{Down}{Down}8{Tab}9{Shift+Backtab}",
+            "7,6,/,5,/8,9,", 3, 1, 5},
+    // At the edge the text is kept and the editor closed: the next character starts afresh.
+    KeyCase{"EntryAtTheRightEdge", "{Right}{Right}9{Right}8{Tab}7{Return}", "12,old,7/,,/,,",
+            2, 3, 3},
+    KeyCase{"EntryAtTheTopAndBottom", "3{Shift+Return}4{Up}{Down}{Down}1{Return}2{Down}",
+            "4,old,/,,/2,,", 3, 1, 4},
+    KeyCase{"EditMovesTheCaret", "{F2}{Left}{Left}3{End}4{Home}5{Right}{Return}{F2}x{Up}",
+            "53124,old,/x,,/,,", 1, 1, 2},
+    KeyCase{"DoubleClickEdits", "{Dbl}{Left}3{Down}", "132,old,/,,/,,", 2, 1, 1},
+    KeyCase{"ClickIntoAnEntryEdits", "{Right}1{Click}{Left}2{Tab}", "12,21,/,,/,,", 1, 3, 1},
+    KeyCase{"EscapeKeepsTheCell", "{F2}9{Esc}{Right}x{Esc}{Backspace}{Esc}", "12,old,/,,/,,",
+            1, 2, 0},
+    KeyCase{"BackspaceStartsAnEmptyEntry",
+            "{Right}{Backspace}{Left}{Backspace}{Return}{Backspace}7{Right}", ",,/7,,/,,",
+            2, 2, 3}),
+    ByName());
+// clang-format on
 
 // Cut, copy, Delete and paste by their keys; each edit is one step of undo.
 TEST_F(GridWidgetTest, ShortcutsAndDeleteActOnTheSelectionAndUndoOneStepEach) {
@@ -192,7 +220,8 @@ TEST_F(GridWidgetTest, DisabledGridTakesNoInputAndRaisesNoEvents) {
     QSignalSpy spy(&grid, &GridWidget::MouseDown);
     grid.SetEnabled(false);
     Select(1, 1, 1, 1);
-    Type("9");
+    QTest::keyClicks(&grid.View(), "9");
+    grid.CommitEdit();  // an editor opened by the key would write its text now
     QTest::mouseClick(grid.View().viewport(), Qt::RightButton, {}, QPoint(5, 5));
     EXPECT_EQ(grid.CellText(1, 1), "");
     EXPECT_EQ(spy.count(), 0);

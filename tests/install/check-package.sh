@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the Debian package of the build with cpack and checks it: its control fields, with
-# the libraries the program needs among its dependencies, and its files, all under /usr
-# and owned by root, unpacked and checked as an installed tree (check-tree.sh).
+# the libraries the program needs among its dependencies and the size dpkg computes for its
+# files, all under /usr and owned by root, unpacked and checked as an installed tree
+# (check-tree.sh); and Debian's own checker, lintian, finds no error in it.
 # Usage: check-package.sh <cpack> <build folder>
 set -euo pipefail
 cpack=$1
@@ -47,7 +48,22 @@ owners=$(echo "$listing" | awk '{print $2}' | sort -u)
 [ "$owners" = root/root ] || fail "files owned by $owners"
 
 dpkg-deb --extract "$deb" "$work/root"
+# Installed-Size the way dpkg computes it: each file and symbolic link in whole KiB rounded
+# up, every other entry (each folder, the top one too) 1 KiB.
+size=$(find "$work/root" -printf '%y %s\n' |
+    awk '{ kib += ($1 == "f" || $1 == "l") ? int(($2 + 1023) / 1024) : 1 } END { print kib }')
+[ "$(field Installed-Size)" = "$size" ] ||
+    fail "Installed-Size is $(field Installed-Size) KiB, the files take $size KiB"
 "$here/check-tree.sh" "$work/root/usr" || failures=$((failures + 1))
+
+# Warnings are listed for the log; an error fails.
+if command -v lintian >/dev/null; then
+    lintian --tag-display-limit 0 "$deb" >"$work/lintian.log" 2>&1 || true
+    sed 's/^/lintian: /' "$work/lintian.log"
+    ! grep -q '^E: ' "$work/lintian.log" || fail "lintian reports errors"
+else
+    fail "lintian is not installed"
+fi
 
 if [ "$failures" -ne 0 ]; then
     echo "$failures problem(s) in $(basename "$deb")" >&2

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Checks an installed tree (a prefix such as /usr) for what a Linux desktop needs: the
-# program with its help file beside it and a link to it in bin/, the menu entry, the icons
-# and the AppStream description, each checked with the desktop's own validators.
+# program with its help file beside it and a link to it in bin/, the menu entry, the icons,
+# the manual page and the AppStream description, each checked with the desktop's own
+# validators, and the licence.
 # Usage: check-tree.sh <prefix>; prints the problems found and fails when there are any.
 set -euo pipefail
 prefix=$1
@@ -59,6 +60,17 @@ for size in 16 32 48 64 128 256; do
 done
 svg=$prefix/share/icons/hicolor/scalable/apps/kelvara.svg
 grep -q '<svg' "$svg" 2>/dev/null || fail "scalable/apps/kelvara.svg is missing or not SVG"
+
+# The manual page, read by man without a warning, and the licence.
+manpage=$prefix/share/man/man1/kelvara.1.gz
+if [ -f "$manpage" ]; then
+    report=$(man --warnings -E UTF-8 -l -Tutf8 -Z "$manpage" 2>&1 >/dev/null) || fail "man: $report"
+    [ -z "$report" ] || fail "man: $report"
+else
+    fail "share/man/man1/kelvara.1.gz is missing"
+fi
+grep -qx 'License: Expat' "$prefix/share/doc/kelvara/copyright" 2>/dev/null ||
+    fail "share/doc/kelvara/copyright is missing or names no licence"
 
 # The AppStream description: valid without looking anything up on the network, launching
 # the menu entry above, with a description and a screenshot.

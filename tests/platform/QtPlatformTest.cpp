@@ -38,6 +38,28 @@ TEST(QtPlatformTest, FindsOnlyOrdinaryVisibleFiles) {
     EXPECT_FALSE(platform.FileExists(dir.path()));             // a folder is no file
 }
 
+// The export dialog's first folder in a scratch home: the documents folder the desktop
+// names once it exists, and the home folder until then.
+TEST(QtPlatformTest, DocumentsFolderFallsBackToHome) {
+    QTemporaryDir home;
+    const QByteArray saved[] = {qgetenv("HOME"), qgetenv("XDG_CONFIG_HOME")};
+    qputenv("HOME", home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", home.filePath("config").toUtf8());
+    QtPlatform platform;
+    EXPECT_EQ(platform.DocumentsFolder(), home.path());
+    ASSERT_TRUE(QDir(home.path()).mkdir("Documents"));
+    EXPECT_EQ(platform.DocumentsFolder(), home.filePath("Documents"));
+    // The desktop's own name for it, as the user's folder settings give it.
+    ASSERT_TRUE(QDir(home.path()).mkpath("config") && QDir(home.path()).mkdir("Papers"));
+    QFile dirs(home.filePath("config/user-dirs.dirs"));
+    ASSERT_TRUE(dirs.open(QIODevice::WriteOnly) &&
+                dirs.write("XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n") > 0);
+    dirs.close();
+    EXPECT_EQ(platform.DocumentsFolder(), home.filePath("Papers"));
+    qputenv("HOME", saved[0]);
+    saved[1].isNull() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", saved[1]);
+}
+
 // The desktop's associations, in a scratch home: which lists name which program for the
 // help file's type (or its alias), and whether that program is installed.
 struct AssociationCase {

@@ -10,9 +10,11 @@
 #include <QRegularExpression>
 #include <QScreen>
 #include <QTableView>
+#include <QTemporaryDir>
 
 #include "About.h"
 #include "HomePage.h"
+#include "NamedRows.h"
 #include "WindowFixture.h"
 
 namespace {
@@ -151,12 +153,74 @@ TEST_F(WindowTest, WorkbookExportAsksBeforeReplacingThenConfirms) {
     EXPECT_EQ(platform.Calls().back().args,
               (QStringList{QStringLiteral("Export successful\uFF01"), "48", "Note"}));
     QFile::remove(path);
-
-    platform.Clear();
-    window->mnuFileExpPDF->trigger();  // only the grid's own dialog, cancelled: no message
-    EXPECT_EQ(platform.Calls().size(), 1u);
-    EXPECT_EQ(platform.Calls()[0].name, "SaveFileName");
 }
+
+// The PDF, CSV and XML exports' own dialog. The name typed in a folder of the user's choice
+// ("" cancels), a file already there and the answer to the question (6 Yes, 7 No) -> the
+// file that holds the export ("" none). The dialog first opens in the documents folder,
+// then in the folder of the file chosen.
+struct OwnDialogCase {
+    const char* name;
+    const char* command;
+    const char* extension;
+    const char* typed;
+    const char* existing;
+    int answer;
+    const char* written;
+};
+class OwnDialogTest : public WindowTest, public ::testing::WithParamInterface<OwnDialogCase> {};
+
+TEST_P(OwnDialogTest, AsksBeforeReplacingAndAddsTheExtension) {
+    const OwnDialogCase& c = GetParam();
+    const QString existing = QString::fromLatin1(c.existing), written = c.written;
+    QTemporaryDir documents, chosen;
+    const QString suggested = QStringLiteral("Result.") + c.extension;
+    QFile file(chosen.filePath(existing));
+    ASSERT_TRUE(existing.isEmpty() || (file.open(QIODevice::WriteOnly) && file.write("old") == 3));
+    file.close();
+    platform.documentsFolder = documents.path();
+    platform.saveAnswers = {*c.typed ? chosen.filePath(c.typed) : QString()};
+    platform.messageAnswers = {c.answer};
+    auto* item = window->findChild<QAction*>(c.command);
+    item->trigger();
+
+    QStringList messages;
+    for (const RecordingPlatform::Call& call : platform.CallsOf("MessageBox"))
+        messages << call.args.join('|');
+    QStringList expected;
+    if (!existing.isEmpty())
+        expected << "File " + chosen.filePath(existing) + " already exists. Replace it?|292|" +
+                        platform.CallsOf("SaveFileName")[0].args.at(1);
+    if (!written.isEmpty()) expected << QStringLiteral("Export successful\uFF01|48|Note");
+    EXPECT_EQ(messages, expected);
+    QStringList files = {existing, written};
+    files.removeAll(QString());
+    files.removeDuplicates();
+    EXPECT_EQ(QDir(chosen.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name), files);
+    for (const QString& name : files) {
+        QFile left(chosen.filePath(name));
+        ASSERT_TRUE(left.open(QIODevice::ReadOnly));
+        EXPECT_EQ(left.readAll() == "old", name != written) << name.toStdString();
+    }
+    item->trigger();
+    const auto dialogs = platform.CallsOf("SaveFileName");
+    EXPECT_EQ(dialogs.at(0).args.at(2), documents.filePath(suggested));
+    EXPECT_EQ(dialogs.at(1).args.at(2), (*c.typed ? chosen : documents).filePath(suggested));
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(Names, OwnDialogTest, ::testing::Values(
+    OwnDialogCase{"NewNameGetsTheExtension", "mnuFileCSV", "csv", "out", "", 6, "out.csv"},
+    OwnDialogCase{"NameEndingInADot", "mnuFileXML", "xml", "out.", "", 6, "out.xml"},
+    OwnDialogCase{"OtherExtensionKept", "mnuFileExpPDF", "pdf", "a.txt", "", 6, "a.txt"},
+    OwnDialogCase{"ReplacedOnYes", "mnuFileCSV", "csv", "results.csv", "results.csv", 6,
+                  "results.csv"},
+    OwnDialogCase{"KeptOnNo", "mnuFileCSV", "csv", "results.csv", "results.csv", 7, ""},
+    OwnDialogCase{"AskedForTheNameWithItsExtension", "mnuFileExpPDF", "pdf", "r", "r.pdf", 7, ""},
+    OwnDialogCase{"HiddenFileAskedFor", "mnuFileXML", "xml", ".r", ".r.xml", 6, ".r.xml"},
+    OwnDialogCase{"Cancelled", "mnuFileExpPDF", "pdf", "", "", 6, ""}),
+    ByName());
+// clang-format on
 
 TEST_F(WindowTest, HelpCommandsGoThroughTheShell) {
     const QString separator = QDir::separator();
