@@ -1,12 +1,14 @@
 // Copy and paste of a 1000 x 1000 block of number texts through the system clipboard
 // (offscreen platform), with the grid's undo history recording the paste as the user's
-// edits do. The goal for pasting is well under a second.
+// edits do, and 1000 x 1000 printouts of other programs pasted as text. The goal for
+// pasting is well under a second.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMimeData>
 #include <QUndoStack>
+#include <algorithm>
 #include <memory>
 #include <string>
 
@@ -110,12 +112,68 @@ void BM_ParsePlainTextBlankColumns(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
+// The same numbers as other programs print them, pasted as plain text into a shown grid:
+// a pandas frame (to_string(): numbered headings and rows), semicolon-separated text with
+// decimal commas, and R's data frame (V1 V2 ... headings, rows numbered from 1).
+enum Printout { kPandas, kSemicolons, kRFrame };
+
+std::string PrintoutText(Printout kind) {
+    std::string text;
+    if (kind != kSemicolons) {
+        text += "    ";
+        for (int col = 0; col < kSide; ++col)
+            text +=
+                (kind == kPandas ? " " : " V") + std::to_string(kind == kPandas ? col : col + 1);
+        text += '\n';
+    }
+    for (int row = 0; row < kSide; ++row) {
+        if (kind != kSemicolons) text += std::to_string(kind == kPandas ? row : row + 1);
+        for (int col = 0; col < kSide; ++col) {
+            std::string number = std::to_string(row * 1.25 - col / 3.0);
+            if (kind == kSemicolons) std::replace(number.begin(), number.end(), '.', ',');
+            if (kind != kSemicolons || col > 0) text += kind == kSemicolons ? ';' : ' ';
+            text += number;
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+void BM_PastePrintout(benchmark::State& state) {
+    const auto kind = static_cast<Printout>(state.range(0));
+    QGuiApplication::clipboard()->setText(QString::fromStdString(PrintoutText(kind)));
+    state.SetLabel(kind == kPandas ? "pandas" : kind == kSemicolons ? "semicolons" : "R frame");
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto grid = std::make_unique<GridWidget>();
+        grid->SetRows(kSide + 1);
+        grid->SetCols(kSide + 1);
+        grid->show();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+        if (!GridSelection(grid->Model(), kBlock, &grid->UndoStack()).Paste() ||
+            grid->Model().CellText(kSide, kSide).isEmpty())
+            state.SkipWithError("the printout did not fill the block");
+        QCoreApplication::processEvents();
+        state.PauseTiming();
+        grid.reset();
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * kSide * kSide);
+}
+
 BENCHMARK(BM_Copy)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_PasteIntoGrid)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_UndoPaste)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_ParseTsv)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_ParsePlainTextTsv)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_ParsePlainTextBlankColumns)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_PastePrintout)
+    ->Arg(kPandas)
+    ->Arg(kSemicolons)
+    ->Arg(kRFrame)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
 
 }  // namespace
 

@@ -322,7 +322,10 @@ INSTANTIATE_TEST_SUITE_P(Pastes, PasteGrowTest, ::testing::Values(
              ",,1,2/,,,/,,,", ""},
     GrowCase{"BeyondTheLargestCount", 0, "", 1, {1, 2}, false, QString("1\n").repeated(32766),
              "3 3 3 3", ",,/,,/,,", "The pasted table is too large: a paste fills at most 32766 "
-             "rows, 32766 columns and 8388608 cells.|64"}),
+             "rows, 32766 columns and 8388608 cells.|64"},
+    GrowCase{"ShortenedPrintoutRefused", 0, "", 1, {1, 1}, false, "[   0    1 ... 1998 1999]",
+             "3 3 3 3", ",,/,,/,,", "The copied matrix was printed shortened, with \"...\" in "
+             "place of some entries: print it in full and copy it again.|64"}),
     ByName());
 // clang-format on
 
