@@ -1,8 +1,9 @@
 // Matrices as programs print them and people write them, read into one entry per cell.
-// The samples live in samples/matrix-texts.json. Where a sample's source says "octave 7.3.0",
-// "R 4.2.2", "numpy 1.24.2" or "maxima 5.46.0", its text is that program's output on Debian 12,
-// copied from the terminal with the command shown. Programs that Debian does not ship (MATLAB,
-// Julia, Mathematica) are typed after their documented display, and say so.
+// The samples live in samples/matrix-texts.json. Where a sample's source names a program and
+// its version ("octave 7.3.0", "R 4.2.2", "numpy 1.24.2", "pandas 1.5.3", "pari-gp 2.15.2",
+// "maxima 5.46.0"), its text is that program's output on Debian 12, made with the command
+// shown. Programs that Debian does not ship (MATLAB, Julia, Mathematica, giac) are typed
+// after their documented display, and say so; so are a few displays typed after Octave's.
 #include <gtest/gtest.h>
 
 #include "MatrixText.h"
