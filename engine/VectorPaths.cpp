@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <type_traits>
 
 namespace VectorPaths {
 
@@ -21,7 +22,9 @@ using I8 = long long __attribute__((vector_size(64)));
 // that width. They take and return no vector values, so no calling convention depends on
 // the instruction set.
 
-template <class V, int MR, int NV, bool Subtract>
+// MR rows by NV vectors of c; a is packed AS values per step of k and b BS values, so that
+// the tiles for the edges of a block work on the packing of the full tiles.
+template <class V, int MR, int NV, int AS, int BS, bool Subtract>
 [[gnu::always_inline]] inline void TileBody(std::ptrdiff_t kc, const double* ap, const double* bp,
                                             double* c, std::ptrdiff_t ldc) {
     constexpr int W = int(sizeof(V) / sizeof(double));
@@ -47,8 +50,8 @@ template <class V, int MR, int NV, bool Subtract>
                     acc[r][v] = acc[r][v] + a * b[v];
             }
         }
-        ap += MR;
-        bp += NV * W;
+        ap += AS;
+        bp += BS;
     }
 #pragma GCC unroll 8
     for (int r = 0; r < MR; ++r)
@@ -81,31 +84,41 @@ template <class V, bool Subtract>
 }
 
 // A magnitude only replaces the largest so far when it is strictly larger, so a NaN never
-// does; the largest is exact, the same on every path.
+// does, and each lane keeps the first place it saw its largest; the largest is exact, the
+// same on every path, and so is the first place holding it.
 template <class V, class I>
 [[gnu::always_inline]] inline double RowMaxBody(double* y, const double* x, double s,
-                                                std::ptrdiff_t count) {
+                                                std::ptrdiff_t count, std::ptrdiff_t* where) {
     constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
     const I magnitudeBits = I{} + 0x7FFFFFFFFFFFFFFFLL;
+    I lanes;
+    for (std::ptrdiff_t lane = 0; lane < W; ++lane)
+        lanes[lane] = lane;
     V largest = V{} - 1.0;
+    I place = I{} - 1, here = lanes;
     std::ptrdiff_t j = 0;
-    for (; j + W <= count; j += W) {
+    for (; j + W <= count; j += W, here += W) {
         V vx, vy;
         std::memcpy(&vx, x + j, sizeof(V));
         std::memcpy(&vy, y + j, sizeof(V));
         vy = vy - s * vx;
         std::memcpy(y + j, &vy, sizeof(V));
         const V magnitude = (V)((I)vy & magnitudeBits);
-        largest = magnitude > largest ? magnitude : largest;
+        const I larger = magnitude > largest;
+        largest = larger ? magnitude : largest;
+        place = larger ? here : place;
     }
     double best = -1.0;
+    std::ptrdiff_t first = -1;
     for (std::ptrdiff_t lane = 0; lane < W; ++lane)
-        if (largest[lane] > best) best = largest[lane];
+        if (largest[lane] > best || (largest[lane] == best && place[lane] < first))
+            best = largest[lane], first = place[lane];
     for (; j < count; ++j) {
         y[j] = y[j] - s * x[j];
         const double magnitude = __builtin_fabs(y[j]);
-        if (magnitude > best) best = magnitude;
+        if (magnitude > best) best = magnitude, first = j;
     }
+    *where = first;
     return best;
 }
 
@@ -173,22 +186,25 @@ template <class V>
 
 // ---- SSE2: 4 x 4 tiles --------------------------------------------------------------------
 
-void TileSse2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                 std::ptrdiff_t ldc) {
-    TileBody<V2, 4, 2, false>(kc, ap, bp, c, ldc);
-}
-void TileSse2Subtract(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                      std::ptrdiff_t ldc) {
-    TileBody<V2, 4, 2, true>(kc, ap, bp, c, ldc);
-}
+// Each path's tiles: MR >> HalfRows rows by NR >> Narrow columns, in narrower vectors where
+// a quarter of NR needs them. SSE2's quarter tile is its half one: no vector is narrower
+// than two doubles.
+template <int HalfRows, int Narrow, bool Subtract>
+struct TileSse2 {
+    static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                    std::ptrdiff_t ldc) {
+        TileBody<V2, (4 >> HalfRows), (Narrow ? 1 : 2), 4, 4, Subtract>(kc, ap, bp, c, ldc);
+    }
+};
 void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, true>(y, x, s, count);
 }
 void RowSse2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, false>(y, x, s, count);
 }
-double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return RowMaxBody<V2, I2>(y, x, s, count);
+double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count,
+                  std::ptrdiff_t* where) {
+    return RowMaxBody<V2, I2>(y, x, s, count, where);
 }
 double LargestSse2(const double* x, std::ptrdiff_t count) {
     return LargestBody<V2, I2>(x, count);
@@ -203,22 +219,23 @@ bool FiniteSse2(const double* x, std::ptrdiff_t count) {
 // ---- AVX2: 6 x 8 tiles (12 accumulators of 16 registers) -------------------------------
 
 #define KELVARA_AVX2 __attribute__((target("avx2")))
-KELVARA_AVX2 void TileAvx2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                              std::ptrdiff_t ldc) {
-    TileBody<V4, 6, 2, false>(kc, ap, bp, c, ldc);
-}
-KELVARA_AVX2 void TileAvx2Subtract(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                                   std::ptrdiff_t ldc) {
-    TileBody<V4, 6, 2, true>(kc, ap, bp, c, ldc);
-}
+template <int HalfRows, int Narrow, bool Subtract>
+struct TileAvx2 {
+    KELVARA_AVX2 static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                                 std::ptrdiff_t ldc) {
+        using V = std::conditional_t<(Narrow == 2), V2, V4>;
+        TileBody<V, (6 >> HalfRows), (Narrow ? 1 : 2), 6, 8, Subtract>(kc, ap, bp, c, ldc);
+    }
+};
 KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, true>(y, x, s, count);
 }
 KELVARA_AVX2 void RowAvx2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, false>(y, x, s, count);
 }
-KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return RowMaxBody<V4, I4>(y, x, s, count);
+KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count,
+                               std::ptrdiff_t* where) {
+    return RowMaxBody<V4, I4>(y, x, s, count, where);
 }
 KELVARA_AVX2 double LargestAvx2(const double* x, std::ptrdiff_t count) {
     return LargestBody<V4, I4>(x, count);
@@ -233,22 +250,23 @@ KELVARA_AVX2 bool FiniteAvx2(const double* x, std::ptrdiff_t count) {
 // ---- AVX-512: 8 x 16 tiles (16 accumulators of 32 registers) ---------------------------
 
 #define KELVARA_AVX512 __attribute__((target("avx512f")))
-KELVARA_AVX512 void TileAvx512Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                                  std::ptrdiff_t ldc) {
-    TileBody<V8, 8, 2, false>(kc, ap, bp, c, ldc);
-}
-KELVARA_AVX512 void TileAvx512Subtract(std::ptrdiff_t kc, const double* ap, const double* bp,
-                                       double* c, std::ptrdiff_t ldc) {
-    TileBody<V8, 8, 2, true>(kc, ap, bp, c, ldc);
-}
+template <int HalfRows, int Narrow, bool Subtract>
+struct TileAvx512 {
+    KELVARA_AVX512 static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                                   std::ptrdiff_t ldc) {
+        using V = std::conditional_t<(Narrow == 2), V4, V8>;
+        TileBody<V, (8 >> HalfRows), (Narrow ? 1 : 2), 8, 16, Subtract>(kc, ap, bp, c, ldc);
+    }
+};
 KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, true>(y, x, s, count);
 }
 KELVARA_AVX512 void RowAvx512Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, false>(y, x, s, count);
 }
-KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return RowMaxBody<V8, I8>(y, x, s, count);
+KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count,
+                                   std::ptrdiff_t* where) {
+    return RowMaxBody<V8, I8>(y, x, s, count, where);
 }
 KELVARA_AVX512 double LargestAvx512(const double* x, std::ptrdiff_t count) {
     return LargestBody<V8, I8>(x, count);
@@ -260,17 +278,25 @@ KELVARA_AVX512 bool FiniteAvx512(const double* x, std::ptrdiff_t count) {
     return FiniteBody<V8>(x, count);
 }
 
-constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileSse2Add, TileSse2Subtract,
-                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2, DivideSse2,
-                        FiniteSse2};
-constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileAvx2Add, TileAvx2Subtract,
-                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2, DivideAvx2,
-                        FiniteAvx2};
+// Every tile of a path, in the order of Kernels::tiles.
+template <template <int, int, bool> class Tile>
+constexpr decltype(Kernels::tiles) TileTable() {
+    return {Tile<0, 0, false>::Run, Tile<0, 1, false>::Run, Tile<0, 2, false>::Run,
+            Tile<1, 0, false>::Run, Tile<1, 1, false>::Run, Tile<1, 2, false>::Run,
+            Tile<0, 0, true>::Run,  Tile<0, 1, true>::Run,  Tile<0, 2, true>::Run,
+            Tile<1, 0, true>::Run,  Tile<1, 1, true>::Run,  Tile<1, 2, true>::Run};
+}
+
+constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileTable<TileSse2>(),
+                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2,
+                        DivideSse2,      FiniteSse2};
+constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileTable<TileAvx2>(),
+                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2,
+                        DivideAvx2,      FiniteAvx2};
 constexpr Kernels kAvx512{Path::Avx512,
                           8,
                           16,
-                          TileAvx512Add,
-                          TileAvx512Subtract,
+                          TileTable<TileAvx512>(),
                           RowAvx512Subtract,
                           RowAvx512Add,
                           RowAvx512Max,
