@@ -59,10 +59,16 @@ void EdgeTile(const VectorPaths::Kernels& k, int subtract, std::ptrdiff_t kc, co
 }
 
 // a's rows [0, mc) x depth [0, kc) into panels of MR rows, step by step; missing rows as 0.
-void PackA(std::ptrdiff_t MR, std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a,
+void PackA(const VectorPaths::Kernels& v, std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a,
            std::ptrdiff_t lda, double* out) {
+    const std::ptrdiff_t MR = v.mr;
     for (std::ptrdiff_t i0 = 0; i0 < mc; i0 += MR) {
         const std::ptrdiff_t mr = std::min(MR, mc - i0);
+        if (mr == MR) {
+            v.pack(a + i0 * lda, lda, kc, out);
+            out += MR * kc;
+            continue;
+        }
         for (std::ptrdiff_t k = 0; k < kc; ++k) {
             for (std::ptrdiff_t r = 0; r < mr; ++r)
                 out[r] = a[(i0 + r) * lda + k];
@@ -81,7 +87,11 @@ void PackB(std::ptrdiff_t NR, std::ptrdiff_t kc, std::ptrdiff_t nc, const double
         for (std::ptrdiff_t k = 0; k < kc; ++k) {
             const double* row = b + k * ldb + j0;
             if (nr == NR) {
-                std::memcpy(out, row, sizeof(double) * std::size_t(NR));
+                // A copy of known size is inlined; a call per step would cost as much.
+                if (NR == 16)
+                    std::memcpy(out, row, sizeof(double) * 16);
+                else
+                    std::memcpy(out, row, sizeof(double) * std::size_t(NR));
             } else {
                 for (std::ptrdiff_t r = 0; r < nr; ++r)
                     out[r] = row[r];
@@ -113,7 +123,7 @@ void Blocked(Update update, std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t
             PackB(NR, kc, nc, b + pc * ldb + jc, ldb, packedB.Data());
             for (std::ptrdiff_t ic = m0; ic < m1; ic += MC) {
                 const std::ptrdiff_t mc = std::min(MC, m1 - ic);
-                PackA(MR, mc, kc, a + ic * lda + pc, lda, packedA.Data());
+                PackA(k, mc, kc, a + ic * lda + pc, lda, packedA.Data());
                 for (std::ptrdiff_t jr = 0; jr < nc; jr += NR) {
                     const std::ptrdiff_t nr = std::min(NR, nc - jr);
                     const double* bp = packedB.Data() + jr * kc;

@@ -198,6 +198,50 @@ template <class V>
     return tail == 0.0;
 }
 
+// Rows 0 .. MR - 1 of a, steps 0 .. kc - 1, as MR values per step.
+template <int MR>
+[[gnu::always_inline]] inline void PackBody(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
+                                            double* out) {
+    for (std::ptrdiff_t k = 0; k < kc; ++k)
+#pragma GCC unroll 8
+        for (int r = 0; r < MR; ++r)
+            out[k * MR + r] = a[r * lda + k];
+}
+
+// The same for 8 rows, eight steps at a time transposed in registers.
+[[gnu::always_inline]] inline void PackBody8(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
+                                             double* out) {
+    std::ptrdiff_t k = 0;
+    for (; k + 8 <= kc; k += 8) {
+        V8 r[8], t[8];
+#pragma GCC unroll 8
+        for (int i = 0; i < 8; ++i)
+            std::memcpy(&r[i], a + i * lda + k, sizeof(V8));
+            // Pairs of rows interleaved, then pairs of pairs, then halves.
+#pragma GCC unroll 4
+        for (int i = 0; i < 8; i += 2) {
+            t[i] = __builtin_shuffle(r[i], r[i + 1], I8{0, 8, 2, 10, 4, 12, 6, 14});
+            t[i + 1] = __builtin_shuffle(r[i], r[i + 1], I8{1, 9, 3, 11, 5, 13, 7, 15});
+        }
+#pragma GCC unroll 2
+        for (int i = 0; i < 8; i += 4)
+#pragma GCC unroll 2
+            for (int j = i; j < i + 2; ++j) {
+                r[j] = __builtin_shuffle(t[j], t[j + 2], I8{0, 1, 8, 9, 4, 5, 12, 13});
+                r[j + 2] = __builtin_shuffle(t[j], t[j + 2], I8{2, 3, 10, 11, 6, 7, 14, 15});
+            }
+#pragma GCC unroll 4
+        for (int j = 0; j < 4; ++j) {
+            t[j] = __builtin_shuffle(r[j], r[j + 4], I8{0, 1, 2, 3, 8, 9, 10, 11});
+            t[j + 4] = __builtin_shuffle(r[j], r[j + 4], I8{4, 5, 6, 7, 12, 13, 14, 15});
+        }
+#pragma GCC unroll 8
+        for (int i = 0; i < 8; ++i)
+            std::memcpy(out + (k + i) * 8, &t[i], sizeof(V8));
+    }
+    PackBody<8>(a + k, lda, kc - k, out + k * 8);
+}
+
 // ---- SSE2: 4 x 4 tiles --------------------------------------------------------------------
 
 // Each path's tiles: MR >> HalfRows rows by NR >> Narrow columns, in narrower vectors where
@@ -210,6 +254,9 @@ struct TileSse2 {
         TileBody<V2, (4 >> HalfRows), (Narrow ? 1 : 2), 4, 4, Subtract>(kc, ap, bp, c, ldc);
     }
 };
+void PackSse2(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out) {
+    PackBody<4>(a, lda, kc, out);
+}
 void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, true>(y, x, s, count);
 }
@@ -241,6 +288,9 @@ struct TileAvx2 {
         TileBody<V, (6 >> HalfRows), (Narrow ? 1 : 2), 6, 8, Subtract>(kc, ap, bp, c, ldc);
     }
 };
+KELVARA_AVX2 void PackAvx2(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out) {
+    PackBody<6>(a, lda, kc, out);
+}
 KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, true>(y, x, s, count);
 }
@@ -272,6 +322,10 @@ struct TileAvx512 {
         TileBody<V, (8 >> HalfRows), (Narrow ? 1 : 2), 8, 16, Subtract>(kc, ap, bp, c, ldc);
     }
 };
+KELVARA_AVX512 void PackAvx512(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
+                               double* out) {
+    PackBody8(a, lda, kc, out);
+}
 KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, true>(y, x, s, count);
 }
@@ -301,16 +355,17 @@ constexpr decltype(Kernels::tiles) TileTable() {
             Tile<1, 0, true>::Run,  Tile<1, 1, true>::Run,  Tile<1, 2, true>::Run};
 }
 
-constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileTable<TileSse2>(),
-                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2,
-                        DivideSse2,      FiniteSse2};
-constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileTable<TileAvx2>(),
-                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2,
-                        DivideAvx2,      FiniteAvx2};
+constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileTable<TileSse2>(), PackSse2,
+                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2,           DivideSse2,
+                        FiniteSse2};
+constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileTable<TileAvx2>(), PackAvx2,
+                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2,           DivideAvx2,
+                        FiniteAvx2};
 constexpr Kernels kAvx512{Path::Avx512,
                           8,
                           16,
                           TileTable<TileAvx512>(),
+                          PackAvx512,
                           RowAvx512Subtract,
                           RowAvx512Add,
                           RowAvx512Max,

@@ -15,6 +15,7 @@ enum class Path { Sse2, Avx2, Avx512 };
 
 using TileFunction = void (*)(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
                               std::ptrdiff_t ldc);
+using PackFunction = void (*)(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out);
 using RowFunction = void (*)(double* y, const double* x, double s, std::ptrdiff_t count);
 using RowMaxFunction = double (*)(double* y, const double* x, double s, std::ptrdiff_t count,
                                   std::ptrdiff_t* where);
@@ -30,6 +31,9 @@ struct Kernels {
     // full mr x nr tile; [.][1][.] the first mr / 2 rows only, [.][.][1] the first nr / 2
     // columns and [.][.][2] the first nr / 4 (nr / 2 on SSE2), for the edges of a block.
     std::array<std::array<std::array<TileFunction, 3>, 2>, 2> tiles;
+    // out[k * mr + r] = a[r * lda + k] for the rows r = 0 .. mr - 1 and the steps
+    // k = 0 .. kc - 1: a full panel of a packed for the tiles.
+    PackFunction pack;
     // y[j] = y[j] - s * x[j], and y[j] = y[j] + s * x[j], for j = 0 .. count - 1.
     RowFunction subtractScaled, addScaled;
     // subtractScaled, answering the largest |y[j]| afterwards (NaNs left out; -1 if none)
