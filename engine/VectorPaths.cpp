@@ -22,6 +22,9 @@ using I8 = long long __attribute__((vector_size(64)));
 // that width. They take and return no vector values, so no calling convention depends on
 // the instruction set.
 
+#define KELVARA_AVX2 __attribute__((target("avx2")))
+#define KELVARA_AVX512 __attribute__((target("avx512f")))
+
 // acc + a[0] * b (Subtract: acc - a[0] * b) in every lane. On AVX-512 the multiply reads
 // a[0] and spreads it over the lanes itself: as a separate broadcast, that would compete
 // with the adds for the same units and hold the tile to about three quarters of its speed.
@@ -29,11 +32,15 @@ using I8 = long long __attribute__((vector_size(64)));
 template <bool Subtract, class V>
 [[gnu::always_inline]] inline void Accumulate(V& acc, const double* a, const V& b) {
     V product;
+#ifndef __clang__
     if constexpr (sizeof(V) == 64)
         asm("vmulpd %[a]%{1to8%}, %[b], %[product]"
             : [product] "=v"(product)
             : [b] "v"(b), [a] "m"(*a));
     else
+#endif
+        // clang (the fuzzing build) checks the operands of asm against the instruction set
+        // of the function it is written in, before inlining: there the plain multiply.
         product = *a * b;
     if constexpr (Subtract)
         acc = acc - product;
@@ -220,20 +227,20 @@ template <int MR>
             // Pairs of rows interleaved, then pairs of pairs, then halves.
 #pragma GCC unroll 4
         for (int i = 0; i < 8; i += 2) {
-            t[i] = __builtin_shuffle(r[i], r[i + 1], I8{0, 8, 2, 10, 4, 12, 6, 14});
-            t[i + 1] = __builtin_shuffle(r[i], r[i + 1], I8{1, 9, 3, 11, 5, 13, 7, 15});
+            t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+            t[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
         }
 #pragma GCC unroll 2
         for (int i = 0; i < 8; i += 4)
 #pragma GCC unroll 2
             for (int j = i; j < i + 2; ++j) {
-                r[j] = __builtin_shuffle(t[j], t[j + 2], I8{0, 1, 8, 9, 4, 5, 12, 13});
-                r[j + 2] = __builtin_shuffle(t[j], t[j + 2], I8{2, 3, 10, 11, 6, 7, 14, 15});
+                r[j] = __builtin_shufflevector(t[j], t[j + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+                r[j + 2] = __builtin_shufflevector(t[j], t[j + 2], 2, 3, 10, 11, 6, 7, 14, 15);
             }
 #pragma GCC unroll 4
         for (int j = 0; j < 4; ++j) {
-            t[j] = __builtin_shuffle(r[j], r[j + 4], I8{0, 1, 2, 3, 8, 9, 10, 11});
-            t[j + 4] = __builtin_shuffle(r[j], r[j + 4], I8{4, 5, 6, 7, 12, 13, 14, 15});
+            t[j] = __builtin_shufflevector(r[j], r[j + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+            t[j + 4] = __builtin_shufflevector(r[j], r[j + 4], 4, 5, 6, 7, 12, 13, 14, 15);
         }
 #pragma GCC unroll 8
         for (int i = 0; i < 8; ++i)
@@ -279,7 +286,6 @@ bool FiniteSse2(const double* x, std::ptrdiff_t count) {
 
 // ---- AVX2: 6 x 8 tiles (12 accumulators of 16 registers) -------------------------------
 
-#define KELVARA_AVX2 __attribute__((target("avx2")))
 template <int HalfRows, int Narrow, bool Subtract>
 struct TileAvx2 {
     KELVARA_AVX2 static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
@@ -313,7 +319,6 @@ KELVARA_AVX2 bool FiniteAvx2(const double* x, std::ptrdiff_t count) {
 
 // ---- AVX-512: 8 x 16 tiles (16 accumulators of 32 registers) ---------------------------
 
-#define KELVARA_AVX512 __attribute__((target("avx512f")))
 template <int HalfRows, int Narrow, bool Subtract>
 struct TileAvx512 {
     KELVARA_AVX512 static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
@@ -349,10 +354,12 @@ KELVARA_AVX512 bool FiniteAvx512(const double* x, std::ptrdiff_t count) {
 // Every tile of a path, in the order of Kernels::tiles.
 template <template <int, int, bool> class Tile>
 constexpr decltype(Kernels::tiles) TileTable() {
-    return {Tile<0, 0, false>::Run, Tile<0, 1, false>::Run, Tile<0, 2, false>::Run,
-            Tile<1, 0, false>::Run, Tile<1, 1, false>::Run, Tile<1, 2, false>::Run,
-            Tile<0, 0, true>::Run,  Tile<0, 1, true>::Run,  Tile<0, 2, true>::Run,
-            Tile<1, 0, true>::Run,  Tile<1, 1, true>::Run,  Tile<1, 2, true>::Run};
+    using F = std::array<TileFunction, 3>;
+    using G = std::array<F, 2>;
+    return {G{F{Tile<0, 0, false>::Run, Tile<0, 1, false>::Run, Tile<0, 2, false>::Run},
+              F{Tile<1, 0, false>::Run, Tile<1, 1, false>::Run, Tile<1, 2, false>::Run}},
+            G{F{Tile<0, 0, true>::Run, Tile<0, 1, true>::Run, Tile<0, 2, true>::Run},
+              F{Tile<1, 0, true>::Run, Tile<1, 1, true>::Run, Tile<1, 2, true>::Run}}};
 }
 
 constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileTable<TileSse2>(), PackSse2,
