@@ -296,18 +296,13 @@ namespace {
 void Transpose(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* in, std::ptrdiff_t ldIn,
                double* out, std::ptrdiff_t ldOut) {
     constexpr std::ptrdiff_t T = 8;
+    const VectorPaths::BlockFunction tile = VectorPaths::Active().transpose8;
     for (std::ptrdiff_t r0 = 0; r0 < rows; r0 += T) {
         const std::ptrdiff_t r1 = std::min(r0 + T, rows);
         for (std::ptrdiff_t c0 = 0; c0 < cols; c0 += T) {
             const std::ptrdiff_t c1 = std::min(c0 + T, cols);
             if (r1 - r0 == T && c1 - c0 == T) {
-                double tile[T][T];
-                for (std::ptrdiff_t r = 0; r < T; ++r)
-                    for (std::ptrdiff_t c = 0; c < T; ++c)
-                        tile[c][r] = in[(r0 + r) * ldIn + c0 + c];
-                for (std::ptrdiff_t c = 0; c < T; ++c)
-                    for (std::ptrdiff_t r = 0; r < T; ++r)
-                        out[(c0 + c) * ldOut + r0 + r] = tile[c][r];
+                tile(in + r0 * ldIn + c0, ldIn, out + c0 * ldOut + r0, ldOut);
             } else {
                 for (std::ptrdiff_t r = r0; r < r1; ++r)
                     for (std::ptrdiff_t c = c0; c < c1; ++c)

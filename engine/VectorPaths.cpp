@@ -215,37 +215,54 @@ template <int MR>
             out[k * MR + r] = a[r * lda + k];
 }
 
-// The same for 8 rows, eight steps at a time transposed in registers.
+// out(c, r) = in(r, c) for an 8 x 8 block, in registers: pairs of rows interleaved, then
+// pairs of pairs, then halves.
+[[gnu::always_inline]] inline void Transpose8Body(const double* in, std::ptrdiff_t ldIn,
+                                                  double* out, std::ptrdiff_t ldOut) {
+    V8 r[8], t[8];
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i)
+        std::memcpy(&r[i], in + i * ldIn, sizeof(V8));
+#pragma GCC unroll 4
+    for (int i = 0; i < 8; i += 2) {
+        t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+        t[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+    }
+#pragma GCC unroll 2
+    for (int i = 0; i < 8; i += 4)
+#pragma GCC unroll 2
+        for (int j = i; j < i + 2; ++j) {
+            r[j] = __builtin_shufflevector(t[j], t[j + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+            r[j + 2] = __builtin_shufflevector(t[j], t[j + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+        }
+#pragma GCC unroll 4
+    for (int j = 0; j < 4; ++j) {
+        t[j] = __builtin_shufflevector(r[j], r[j + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+        t[j + 4] = __builtin_shufflevector(r[j], r[j + 4], 4, 5, 6, 7, 12, 13, 14, 15);
+    }
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i)
+        std::memcpy(out + i * ldOut, &t[i], sizeof(V8));
+}
+
+// The same for 8 x 8 blocks elementwise, where no vector holds eight doubles.
+[[gnu::always_inline]] inline void Transpose8Plain(const double* in, std::ptrdiff_t ldIn,
+                                                   double* out, std::ptrdiff_t ldOut) {
+    double tile[8][8];
+    for (int r = 0; r < 8; ++r)
+        for (int c = 0; c < 8; ++c)
+            tile[c][r] = in[r * ldIn + c];
+    for (int c = 0; c < 8; ++c)
+        for (int r = 0; r < 8; ++r)
+            out[c * ldOut + r] = tile[c][r];
+}
+
+// PackBody<8>, eight steps at a time transposed in registers.
 [[gnu::always_inline]] inline void PackBody8(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
                                              double* out) {
     std::ptrdiff_t k = 0;
-    for (; k + 8 <= kc; k += 8) {
-        V8 r[8], t[8];
-#pragma GCC unroll 8
-        for (int i = 0; i < 8; ++i)
-            std::memcpy(&r[i], a + i * lda + k, sizeof(V8));
-            // Pairs of rows interleaved, then pairs of pairs, then halves.
-#pragma GCC unroll 4
-        for (int i = 0; i < 8; i += 2) {
-            t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
-            t[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
-        }
-#pragma GCC unroll 2
-        for (int i = 0; i < 8; i += 4)
-#pragma GCC unroll 2
-            for (int j = i; j < i + 2; ++j) {
-                r[j] = __builtin_shufflevector(t[j], t[j + 2], 0, 1, 8, 9, 4, 5, 12, 13);
-                r[j + 2] = __builtin_shufflevector(t[j], t[j + 2], 2, 3, 10, 11, 6, 7, 14, 15);
-            }
-#pragma GCC unroll 4
-        for (int j = 0; j < 4; ++j) {
-            t[j] = __builtin_shufflevector(r[j], r[j + 4], 0, 1, 2, 3, 8, 9, 10, 11);
-            t[j + 4] = __builtin_shufflevector(r[j], r[j + 4], 4, 5, 6, 7, 12, 13, 14, 15);
-        }
-#pragma GCC unroll 8
-        for (int i = 0; i < 8; ++i)
-            std::memcpy(out + (k + i) * 8, &t[i], sizeof(V8));
-    }
+    for (; k + 8 <= kc; k += 8)
+        Transpose8Body(a + k, lda, out + k * 8, 8);
     PackBody<8>(a + k, lda, kc - k, out + k * 8);
 }
 
@@ -263,6 +280,9 @@ struct TileSse2 {
 };
 void PackSse2(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out) {
     PackBody<4>(a, lda, kc, out);
+}
+void Transpose8Sse2(const double* in, std::ptrdiff_t ldIn, double* out, std::ptrdiff_t ldOut) {
+    Transpose8Plain(in, ldIn, out, ldOut);
 }
 void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, true>(y, x, s, count);
@@ -296,6 +316,10 @@ struct TileAvx2 {
 };
 KELVARA_AVX2 void PackAvx2(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out) {
     PackBody<6>(a, lda, kc, out);
+}
+KELVARA_AVX2 void Transpose8Avx2(const double* in, std::ptrdiff_t ldIn, double* out,
+                                 std::ptrdiff_t ldOut) {
+    Transpose8Plain(in, ldIn, out, ldOut);
 }
 KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, true>(y, x, s, count);
@@ -331,6 +355,10 @@ KELVARA_AVX512 void PackAvx512(const double* a, std::ptrdiff_t lda, std::ptrdiff
                                double* out) {
     PackBody8(a, lda, kc, out);
 }
+KELVARA_AVX512 void Transpose8Avx512(const double* in, std::ptrdiff_t ldIn, double* out,
+                                     std::ptrdiff_t ldOut) {
+    Transpose8Body(in, ldIn, out, ldOut);
+}
 KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, true>(y, x, s, count);
 }
@@ -362,17 +390,18 @@ constexpr decltype(Kernels::tiles) TileTable() {
               F{Tile<1, 0, true>::Run, Tile<1, 1, true>::Run, Tile<1, 2, true>::Run}}};
 }
 
-constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileTable<TileSse2>(), PackSse2,
-                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2,           DivideSse2,
-                        FiniteSse2};
-constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileTable<TileAvx2>(), PackAvx2,
-                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2,           DivideAvx2,
-                        FiniteAvx2};
+constexpr Kernels kSse2{
+    Path::Sse2,      4,          4,          TileTable<TileSse2>(), PackSse2,   Transpose8Sse2,
+    RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2,           DivideSse2, FiniteSse2};
+constexpr Kernels kAvx2{
+    Path::Avx2,      6,          8,          TileTable<TileAvx2>(), PackAvx2,   Transpose8Avx2,
+    RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2,           DivideAvx2, FiniteAvx2};
 constexpr Kernels kAvx512{Path::Avx512,
                           8,
                           16,
                           TileTable<TileAvx512>(),
                           PackAvx512,
+                          Transpose8Avx512,
                           RowAvx512Subtract,
                           RowAvx512Add,
                           RowAvx512Max,

@@ -16,6 +16,8 @@ enum class Path { Sse2, Avx2, Avx512 };
 using TileFunction = void (*)(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
                               std::ptrdiff_t ldc);
 using PackFunction = void (*)(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out);
+using BlockFunction = void (*)(const double* in, std::ptrdiff_t ldIn, double* out,
+                               std::ptrdiff_t ldOut);
 using RowFunction = void (*)(double* y, const double* x, double s, std::ptrdiff_t count);
 using RowMaxFunction = double (*)(double* y, const double* x, double s, std::ptrdiff_t count,
                                   std::ptrdiff_t* where);
@@ -34,6 +36,8 @@ struct Kernels {
     // out[k * mr + r] = a[r * lda + k] for the rows r = 0 .. mr - 1 and the steps
     // k = 0 .. kc - 1: a full panel of a packed for the tiles.
     PackFunction pack;
+    // out[c * ldOut + r] = in[r * ldIn + c] for r, c = 0 .. 7: an 8 x 8 block transposed.
+    BlockFunction transpose8;
     // y[j] = y[j] - s * x[j], and y[j] = y[j] + s * x[j], for j = 0 .. count - 1.
     RowFunction subtractScaled, addScaled;
     // subtractScaled, answering the largest |y[j]| afterwards (NaNs left out; -1 if none)
