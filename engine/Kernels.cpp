@@ -31,26 +31,44 @@ constexpr std::ptrdiff_t MC = 96;    // rows of a packed block of a (stays in L2
 constexpr std::ptrdiff_t NC = 2048;  // columns of a packed block of b
 constexpr std::ptrdiff_t MaxTile = 8 * 16;
 
-// A partial tile at the block's edge: worked in a full-size copy whose padding is
-// discarded, so the elements that matter see the same operations as in a full tile.
-void EdgeTile(VectorPaths::TileFunction tile, const VectorPaths::Kernels& k, std::ptrdiff_t kc,
-              const double* ap, const double* bp, double* c, std::ptrdiff_t ldc, std::ptrdiff_t mr,
+// A partial tile at the block's edge, mr x nr: worked by the smallest tile of the path that
+// covers it (half the rows, half or a quarter of the columns), straight in c when it fits
+// exactly, else in a copy whose padding is discarded. Either way each element sees the
+// operations of a full tile.
+void EdgeTile(const VectorPaths::Kernels& k, int subtract, std::ptrdiff_t kc, const double* ap,
+              const double* bp, double* c, std::ptrdiff_t ldc, std::ptrdiff_t mr,
               std::ptrdiff_t nr) {
+    const int half = 2 * mr <= k.mr ? 1 : 0;
+    // Vectors are at least two doubles wide: SSE2's quarter tile is as wide as its half one.
+    const std::ptrdiff_t quarter = std::max<std::ptrdiff_t>(k.nr / 4, 2);
+    const int narrow = nr <= quarter ? 2 : 2 * nr <= k.nr ? 1 : 0;
+    const std::ptrdiff_t rows = k.mr >> half, cols = narrow == 2 ? quarter : k.nr >> narrow;
+    const VectorPaths::TileFunction tile = k.tiles[subtract][half][narrow];
+    if (mr == rows && nr == cols) {
+        tile(kc, ap, bp, c, ldc);
+        return;
+    }
     double copy[MaxTile] = {};
     for (std::ptrdiff_t i = 0; i < mr; ++i)
         for (std::ptrdiff_t j = 0; j < nr; ++j)
-            copy[i * k.nr + j] = c[i * ldc + j];
-    tile(kc, ap, bp, copy, k.nr);
+            copy[i * cols + j] = c[i * ldc + j];
+    tile(kc, ap, bp, copy, cols);
     for (std::ptrdiff_t i = 0; i < mr; ++i)
         for (std::ptrdiff_t j = 0; j < nr; ++j)
-            c[i * ldc + j] = copy[i * k.nr + j];
+            c[i * ldc + j] = copy[i * cols + j];
 }
 
 // a's rows [0, mc) x depth [0, kc) into panels of MR rows, step by step; missing rows as 0.
-void PackA(std::ptrdiff_t MR, std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a,
+void PackA(const VectorPaths::Kernels& v, std::ptrdiff_t mc, std::ptrdiff_t kc, const double* a,
            std::ptrdiff_t lda, double* out) {
+    const std::ptrdiff_t MR = v.mr;
     for (std::ptrdiff_t i0 = 0; i0 < mc; i0 += MR) {
         const std::ptrdiff_t mr = std::min(MR, mc - i0);
+        if (mr == MR) {
+            v.pack(a + i0 * lda, lda, kc, out);
+            out += MR * kc;
+            continue;
+        }
         for (std::ptrdiff_t k = 0; k < kc; ++k) {
             for (std::ptrdiff_t r = 0; r < mr; ++r)
                 out[r] = a[(i0 + r) * lda + k];
@@ -69,7 +87,11 @@ void PackB(std::ptrdiff_t NR, std::ptrdiff_t kc, std::ptrdiff_t nc, const double
         for (std::ptrdiff_t k = 0; k < kc; ++k) {
             const double* row = b + k * ldb + j0;
             if (nr == NR) {
-                std::memcpy(out, row, sizeof(double) * std::size_t(NR));
+                // A copy of known size is inlined; a call per step would cost as much.
+                if (NR == 16)
+                    std::memcpy(out, row, sizeof(double) * 16);
+                else
+                    std::memcpy(out, row, sizeof(double) * std::size_t(NR));
             } else {
                 for (std::ptrdiff_t r = 0; r < nr; ++r)
                     out[r] = row[r];
@@ -86,7 +108,8 @@ void Blocked(Update update, std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t
              std::ptrdiff_t n1, std::ptrdiff_t depth, const double* a, std::ptrdiff_t lda,
              const double* b, std::ptrdiff_t ldb, double* c, std::ptrdiff_t ldc) {
     const VectorPaths::Kernels& k = VectorPaths::Active();
-    const VectorPaths::TileFunction tile = update == Update::Subtract ? k.subtract : k.add;
+    const int subtract = update == Update::Subtract ? 1 : 0;
+    const VectorPaths::TileFunction tile = k.tiles[subtract][0][0];
     const std::ptrdiff_t MR = k.mr, NR = k.nr;
     const std::ptrdiff_t kcMax = std::min(KC, depth);
     Scratch packedA(Scratch::PackedA, std::size_t(MC * kcMax));
@@ -100,7 +123,7 @@ void Blocked(Update update, std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t
             PackB(NR, kc, nc, b + pc * ldb + jc, ldb, packedB.Data());
             for (std::ptrdiff_t ic = m0; ic < m1; ic += MC) {
                 const std::ptrdiff_t mc = std::min(MC, m1 - ic);
-                PackA(MR, mc, kc, a + ic * lda + pc, lda, packedA.Data());
+                PackA(k, mc, kc, a + ic * lda + pc, lda, packedA.Data());
                 for (std::ptrdiff_t jr = 0; jr < nc; jr += NR) {
                     const std::ptrdiff_t nr = std::min(NR, nc - jr);
                     const double* bp = packedB.Data() + jr * kc;
@@ -111,7 +134,7 @@ void Blocked(Update update, std::ptrdiff_t m0, std::ptrdiff_t m1, std::ptrdiff_t
                         if (mr == MR && nr == NR)
                             tile(kc, ap, bp, target, ldc);
                         else
-                            EdgeTile(tile, k, kc, ap, bp, target, ldc, mr, nr);
+                            EdgeTile(k, subtract, kc, ap, bp, target, ldc, mr, nr);
                     }
                 }
             }
@@ -185,8 +208,10 @@ void SubtractScaled(double* y, const double* x, double s, std::ptrdiff_t count) 
     if (count > 0) VectorPaths::Active().subtractScaled(y, x, s, count);
 }
 
-double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return count > 0 ? VectorPaths::Active().subtractScaledMax(y, x, s, count) : -1.0;
+double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count,
+                         std::ptrdiff_t& where) {
+    where = -1;
+    return count > 0 ? VectorPaths::Active().subtractScaledMax(y, x, s, count, &where) : -1.0;
 }
 
 void AddScaled(double* y, const double* x, double s, std::ptrdiff_t count) {
@@ -271,18 +296,13 @@ namespace {
 void Transpose(std::ptrdiff_t rows, std::ptrdiff_t cols, const double* in, std::ptrdiff_t ldIn,
                double* out, std::ptrdiff_t ldOut) {
     constexpr std::ptrdiff_t T = 8;
+    const VectorPaths::BlockFunction tile = VectorPaths::Active().transpose8;
     for (std::ptrdiff_t r0 = 0; r0 < rows; r0 += T) {
         const std::ptrdiff_t r1 = std::min(r0 + T, rows);
         for (std::ptrdiff_t c0 = 0; c0 < cols; c0 += T) {
             const std::ptrdiff_t c1 = std::min(c0 + T, cols);
             if (r1 - r0 == T && c1 - c0 == T) {
-                double tile[T][T];
-                for (std::ptrdiff_t r = 0; r < T; ++r)
-                    for (std::ptrdiff_t c = 0; c < T; ++c)
-                        tile[c][r] = in[(r0 + r) * ldIn + c0 + c];
-                for (std::ptrdiff_t c = 0; c < T; ++c)
-                    for (std::ptrdiff_t r = 0; r < T; ++r)
-                        out[(c0 + c) * ldOut + r0 + r] = tile[c][r];
+                tile(in + r0 * ldIn + c0, ldIn, out + c0 * ldOut + r0, ldOut);
             } else {
                 for (std::ptrdiff_t r = r0; r < r1; ++r)
                     for (std::ptrdiff_t c = c0; c < c1; ++c)

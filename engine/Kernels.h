@@ -44,9 +44,10 @@ void EliminatePanelStep(std::ptrdiff_t n, double* a, std::ptrdiff_t lda, std::pt
 // vectors of the processor (the same bits on every path).
 void SubtractScaled(double* y, const double* x, double s, std::ptrdiff_t count);
 void AddScaled(double* y, const double* x, double s, std::ptrdiff_t count);
-// SubtractScaled, answering the largest |y[j]| afterwards; NaNs are left out, and -1 stands
-// for no value.
-double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count);
+// SubtractScaled, answering the largest |y[j]| afterwards and in where the first j holding
+// it; NaNs are left out, and -1 stands for no value (and for no place).
+double SubtractScaledMax(double* y, const double* x, double s, std::ptrdiff_t count,
+                         std::ptrdiff_t& where);
 
 // A buffer of doubles that the calling thread keeps between calls, so that repeated work
 // neither asks the system for fresh zeroed pages nor gives them back every time. Its

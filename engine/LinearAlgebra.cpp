@@ -322,16 +322,14 @@ std::ptrdiff_t CountPivots(std::ptrdiff_t rows, std::ptrdiff_t cols, double* a, 
             for (std::ptrdiff_t i = r0; i < r1; ++i) {
                 double* row = a + i * cols;
                 const double l = row[k] / pivot;
-                // The update and the search for the row's largest magnitude in one pass;
-                // the first column holding it is found afterwards.
-                const double largest =
-                    Kernels::SubtractScaledMax(row + k + 1, pivotRow + k + 1, l, cols - k - 1);
+                // The update and the search for the row's largest magnitude, and the first
+                // column holding it, in one pass.
+                std::ptrdiff_t where;
+                const double largest = Kernels::SubtractScaledMax(row + k + 1, pivotRow + k + 1, l,
+                                                                  cols - k - 1, where);
                 row[k] = 0.0;
-                std::ptrdiff_t where = k + 1;
-                while (where < cols && !(std::fabs(row[where]) == largest))
-                    ++where;
                 rowLargest[std::size_t(i)] = largest;
-                rowWhere[std::size_t(i)] = where < cols ? where : k + 1;
+                rowWhere[std::size_t(i)] = k + 1 + std::max<std::ptrdiff_t>(where, 0);
             }
         });
     }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <type_traits>
 
 namespace VectorPaths {
 
@@ -21,7 +22,35 @@ using I8 = long long __attribute__((vector_size(64)));
 // that width. They take and return no vector values, so no calling convention depends on
 // the instruction set.
 
-template <class V, int MR, int NV, bool Subtract>
+#define KELVARA_AVX2 __attribute__((target("avx2")))
+#define KELVARA_AVX512 __attribute__((target("avx512f")))
+
+// acc + a[0] * b (Subtract: acc - a[0] * b) in every lane. On AVX-512 the multiply reads
+// a[0] and spreads it over the lanes itself: as a separate broadcast, that would compete
+// with the adds for the same units and hold the tile to about three quarters of its speed.
+// The same one rounding either way.
+template <bool Subtract, class V>
+[[gnu::always_inline]] inline void Accumulate(V& acc, const double* a, const V& b) {
+    V product;
+#ifndef __clang__
+    if constexpr (sizeof(V) == 64)
+        asm("vmulpd %[a]%{1to8%}, %[b], %[product]"
+            : [product] "=v"(product)
+            : [b] "v"(b), [a] "m"(*a));
+    else
+#endif
+        // clang (the fuzzing build) checks the operands of asm against the instruction set
+        // of the function it is written in, before inlining: there the plain multiply.
+        product = *a * b;
+    if constexpr (Subtract)
+        acc = acc - product;
+    else
+        acc = acc + product;
+}
+
+// MR rows by NV vectors of c; a is packed AS values per step of k and b BS values, so that
+// the tiles for the edges of a block work on the packing of the full tiles.
+template <class V, int MR, int NV, int AS, int BS, bool Subtract>
 [[gnu::always_inline]] inline void TileBody(std::ptrdiff_t kc, const double* ap, const double* bp,
                                             double* c, std::ptrdiff_t ldc) {
     constexpr int W = int(sizeof(V) / sizeof(double));
@@ -38,17 +67,12 @@ template <class V, int MR, int NV, bool Subtract>
             std::memcpy(&b[v], bp + v * W, sizeof(V));
 #pragma GCC unroll 8
         for (int r = 0; r < MR; ++r) {
-            const double a = ap[r];
 #pragma GCC unroll 4
-            for (int v = 0; v < NV; ++v) {
-                if constexpr (Subtract)
-                    acc[r][v] = acc[r][v] - a * b[v];
-                else
-                    acc[r][v] = acc[r][v] + a * b[v];
-            }
+            for (int v = 0; v < NV; ++v)
+                Accumulate<Subtract>(acc[r][v], ap + r, b[v]);
         }
-        ap += MR;
-        bp += NV * W;
+        ap += AS;
+        bp += BS;
     }
 #pragma GCC unroll 8
     for (int r = 0; r < MR; ++r)
@@ -81,31 +105,41 @@ template <class V, bool Subtract>
 }
 
 // A magnitude only replaces the largest so far when it is strictly larger, so a NaN never
-// does; the largest is exact, the same on every path.
+// does, and each lane keeps the first place it saw its largest; the largest is exact, the
+// same on every path, and so is the first place holding it.
 template <class V, class I>
 [[gnu::always_inline]] inline double RowMaxBody(double* y, const double* x, double s,
-                                                std::ptrdiff_t count) {
+                                                std::ptrdiff_t count, std::ptrdiff_t* where) {
     constexpr std::ptrdiff_t W = std::ptrdiff_t(sizeof(V) / sizeof(double));
     const I magnitudeBits = I{} + 0x7FFFFFFFFFFFFFFFLL;
+    I lanes;
+    for (std::ptrdiff_t lane = 0; lane < W; ++lane)
+        lanes[lane] = lane;
     V largest = V{} - 1.0;
+    I place = I{} - 1, here = lanes;
     std::ptrdiff_t j = 0;
-    for (; j + W <= count; j += W) {
+    for (; j + W <= count; j += W, here += W) {
         V vx, vy;
         std::memcpy(&vx, x + j, sizeof(V));
         std::memcpy(&vy, y + j, sizeof(V));
         vy = vy - s * vx;
         std::memcpy(y + j, &vy, sizeof(V));
         const V magnitude = (V)((I)vy & magnitudeBits);
-        largest = magnitude > largest ? magnitude : largest;
+        const I larger = magnitude > largest;
+        largest = larger ? magnitude : largest;
+        place = larger ? here : place;
     }
     double best = -1.0;
+    std::ptrdiff_t first = -1;
     for (std::ptrdiff_t lane = 0; lane < W; ++lane)
-        if (largest[lane] > best) best = largest[lane];
+        if (largest[lane] > best || (largest[lane] == best && place[lane] < first))
+            best = largest[lane], first = place[lane];
     for (; j < count; ++j) {
         y[j] = y[j] - s * x[j];
         const double magnitude = __builtin_fabs(y[j]);
-        if (magnitude > best) best = magnitude;
+        if (magnitude > best) best = magnitude, first = j;
     }
+    *where = first;
     return best;
 }
 
@@ -171,15 +205,84 @@ template <class V>
     return tail == 0.0;
 }
 
+// Rows 0 .. MR - 1 of a, steps 0 .. kc - 1, as MR values per step.
+template <int MR>
+[[gnu::always_inline]] inline void PackBody(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
+                                            double* out) {
+    for (std::ptrdiff_t k = 0; k < kc; ++k)
+#pragma GCC unroll 8
+        for (int r = 0; r < MR; ++r)
+            out[k * MR + r] = a[r * lda + k];
+}
+
+// out(c, r) = in(r, c) for an 8 x 8 block, in registers: pairs of rows interleaved, then
+// pairs of pairs, then halves.
+[[gnu::always_inline]] inline void Transpose8Body(const double* in, std::ptrdiff_t ldIn,
+                                                  double* out, std::ptrdiff_t ldOut) {
+    V8 r[8], t[8];
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i)
+        std::memcpy(&r[i], in + i * ldIn, sizeof(V8));
+#pragma GCC unroll 4
+    for (int i = 0; i < 8; i += 2) {
+        t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+        t[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+    }
+#pragma GCC unroll 2
+    for (int i = 0; i < 8; i += 4)
+#pragma GCC unroll 2
+        for (int j = i; j < i + 2; ++j) {
+            r[j] = __builtin_shufflevector(t[j], t[j + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+            r[j + 2] = __builtin_shufflevector(t[j], t[j + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+        }
+#pragma GCC unroll 4
+    for (int j = 0; j < 4; ++j) {
+        t[j] = __builtin_shufflevector(r[j], r[j + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+        t[j + 4] = __builtin_shufflevector(r[j], r[j + 4], 4, 5, 6, 7, 12, 13, 14, 15);
+    }
+#pragma GCC unroll 8
+    for (int i = 0; i < 8; ++i)
+        std::memcpy(out + i * ldOut, &t[i], sizeof(V8));
+}
+
+// The same for 8 x 8 blocks elementwise, where no vector holds eight doubles.
+[[gnu::always_inline]] inline void Transpose8Plain(const double* in, std::ptrdiff_t ldIn,
+                                                   double* out, std::ptrdiff_t ldOut) {
+    double tile[8][8];
+    for (int r = 0; r < 8; ++r)
+        for (int c = 0; c < 8; ++c)
+            tile[c][r] = in[r * ldIn + c];
+    for (int c = 0; c < 8; ++c)
+        for (int r = 0; r < 8; ++r)
+            out[c * ldOut + r] = tile[c][r];
+}
+
+// PackBody<8>, eight steps at a time transposed in registers.
+[[gnu::always_inline]] inline void PackBody8(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
+                                             double* out) {
+    std::ptrdiff_t k = 0;
+    for (; k + 8 <= kc; k += 8)
+        Transpose8Body(a + k, lda, out + k * 8, 8);
+    PackBody<8>(a + k, lda, kc - k, out + k * 8);
+}
+
 // ---- SSE2: 4 x 4 tiles --------------------------------------------------------------------
 
-void TileSse2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                 std::ptrdiff_t ldc) {
-    TileBody<V2, 4, 2, false>(kc, ap, bp, c, ldc);
+// Each path's tiles: MR >> HalfRows rows by NR >> Narrow columns, in narrower vectors where
+// a quarter of NR needs them. SSE2's quarter tile is its half one: no vector is narrower
+// than two doubles.
+template <int HalfRows, int Narrow, bool Subtract>
+struct TileSse2 {
+    static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                    std::ptrdiff_t ldc) {
+        TileBody<V2, (4 >> HalfRows), (Narrow ? 1 : 2), 4, 4, Subtract>(kc, ap, bp, c, ldc);
+    }
+};
+void PackSse2(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out) {
+    PackBody<4>(a, lda, kc, out);
 }
-void TileSse2Subtract(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                      std::ptrdiff_t ldc) {
-    TileBody<V2, 4, 2, true>(kc, ap, bp, c, ldc);
+void Transpose8Sse2(const double* in, std::ptrdiff_t ldIn, double* out, std::ptrdiff_t ldOut) {
+    Transpose8Plain(in, ldIn, out, ldOut);
 }
 void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, true>(y, x, s, count);
@@ -187,8 +290,9 @@ void RowSse2Subtract(double* y, const double* x, double s, std::ptrdiff_t count)
 void RowSse2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V2, false>(y, x, s, count);
 }
-double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return RowMaxBody<V2, I2>(y, x, s, count);
+double RowSse2Max(double* y, const double* x, double s, std::ptrdiff_t count,
+                  std::ptrdiff_t* where) {
+    return RowMaxBody<V2, I2>(y, x, s, count, where);
 }
 double LargestSse2(const double* x, std::ptrdiff_t count) {
     return LargestBody<V2, I2>(x, count);
@@ -202,14 +306,20 @@ bool FiniteSse2(const double* x, std::ptrdiff_t count) {
 
 // ---- AVX2: 6 x 8 tiles (12 accumulators of 16 registers) -------------------------------
 
-#define KELVARA_AVX2 __attribute__((target("avx2")))
-KELVARA_AVX2 void TileAvx2Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                              std::ptrdiff_t ldc) {
-    TileBody<V4, 6, 2, false>(kc, ap, bp, c, ldc);
+template <int HalfRows, int Narrow, bool Subtract>
+struct TileAvx2 {
+    KELVARA_AVX2 static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                                 std::ptrdiff_t ldc) {
+        using V = std::conditional_t<(Narrow == 2), V2, V4>;
+        TileBody<V, (6 >> HalfRows), (Narrow ? 1 : 2), 6, 8, Subtract>(kc, ap, bp, c, ldc);
+    }
+};
+KELVARA_AVX2 void PackAvx2(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc, double* out) {
+    PackBody<6>(a, lda, kc, out);
 }
-KELVARA_AVX2 void TileAvx2Subtract(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                                   std::ptrdiff_t ldc) {
-    TileBody<V4, 6, 2, true>(kc, ap, bp, c, ldc);
+KELVARA_AVX2 void Transpose8Avx2(const double* in, std::ptrdiff_t ldIn, double* out,
+                                 std::ptrdiff_t ldOut) {
+    Transpose8Plain(in, ldIn, out, ldOut);
 }
 KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, true>(y, x, s, count);
@@ -217,8 +327,9 @@ KELVARA_AVX2 void RowAvx2Subtract(double* y, const double* x, double s, std::ptr
 KELVARA_AVX2 void RowAvx2Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V4, false>(y, x, s, count);
 }
-KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return RowMaxBody<V4, I4>(y, x, s, count);
+KELVARA_AVX2 double RowAvx2Max(double* y, const double* x, double s, std::ptrdiff_t count,
+                               std::ptrdiff_t* where) {
+    return RowMaxBody<V4, I4>(y, x, s, count, where);
 }
 KELVARA_AVX2 double LargestAvx2(const double* x, std::ptrdiff_t count) {
     return LargestBody<V4, I4>(x, count);
@@ -232,14 +343,21 @@ KELVARA_AVX2 bool FiniteAvx2(const double* x, std::ptrdiff_t count) {
 
 // ---- AVX-512: 8 x 16 tiles (16 accumulators of 32 registers) ---------------------------
 
-#define KELVARA_AVX512 __attribute__((target("avx512f")))
-KELVARA_AVX512 void TileAvx512Add(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
-                                  std::ptrdiff_t ldc) {
-    TileBody<V8, 8, 2, false>(kc, ap, bp, c, ldc);
+template <int HalfRows, int Narrow, bool Subtract>
+struct TileAvx512 {
+    KELVARA_AVX512 static void Run(std::ptrdiff_t kc, const double* ap, const double* bp, double* c,
+                                   std::ptrdiff_t ldc) {
+        using V = std::conditional_t<(Narrow == 2), V4, V8>;
+        TileBody<V, (8 >> HalfRows), (Narrow ? 1 : 2), 8, 16, Subtract>(kc, ap, bp, c, ldc);
+    }
+};
+KELVARA_AVX512 void PackAvx512(const double* a, std::ptrdiff_t lda, std::ptrdiff_t kc,
+                               double* out) {
+    PackBody8(a, lda, kc, out);
 }
-KELVARA_AVX512 void TileAvx512Subtract(std::ptrdiff_t kc, const double* ap, const double* bp,
-                                       double* c, std::ptrdiff_t ldc) {
-    TileBody<V8, 8, 2, true>(kc, ap, bp, c, ldc);
+KELVARA_AVX512 void Transpose8Avx512(const double* in, std::ptrdiff_t ldIn, double* out,
+                                     std::ptrdiff_t ldOut) {
+    Transpose8Body(in, ldIn, out, ldOut);
 }
 KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, true>(y, x, s, count);
@@ -247,8 +365,9 @@ KELVARA_AVX512 void RowAvx512Subtract(double* y, const double* x, double s, std:
 KELVARA_AVX512 void RowAvx512Add(double* y, const double* x, double s, std::ptrdiff_t count) {
     RowBody<V8, false>(y, x, s, count);
 }
-KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count) {
-    return RowMaxBody<V8, I8>(y, x, s, count);
+KELVARA_AVX512 double RowAvx512Max(double* y, const double* x, double s, std::ptrdiff_t count,
+                                   std::ptrdiff_t* where) {
+    return RowMaxBody<V8, I8>(y, x, s, count, where);
 }
 KELVARA_AVX512 double LargestAvx512(const double* x, std::ptrdiff_t count) {
     return LargestBody<V8, I8>(x, count);
@@ -260,17 +379,29 @@ KELVARA_AVX512 bool FiniteAvx512(const double* x, std::ptrdiff_t count) {
     return FiniteBody<V8>(x, count);
 }
 
-constexpr Kernels kSse2{Path::Sse2,      4,          4,          TileSse2Add, TileSse2Subtract,
-                        RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2, DivideSse2,
-                        FiniteSse2};
-constexpr Kernels kAvx2{Path::Avx2,      6,          8,          TileAvx2Add, TileAvx2Subtract,
-                        RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2, DivideAvx2,
-                        FiniteAvx2};
+// Every tile of a path, in the order of Kernels::tiles.
+template <template <int, int, bool> class Tile>
+constexpr decltype(Kernels::tiles) TileTable() {
+    using F = std::array<TileFunction, 3>;
+    using G = std::array<F, 2>;
+    return {G{F{Tile<0, 0, false>::Run, Tile<0, 1, false>::Run, Tile<0, 2, false>::Run},
+              F{Tile<1, 0, false>::Run, Tile<1, 1, false>::Run, Tile<1, 2, false>::Run}},
+            G{F{Tile<0, 0, true>::Run, Tile<0, 1, true>::Run, Tile<0, 2, true>::Run},
+              F{Tile<1, 0, true>::Run, Tile<1, 1, true>::Run, Tile<1, 2, true>::Run}}};
+}
+
+constexpr Kernels kSse2{
+    Path::Sse2,      4,          4,          TileTable<TileSse2>(), PackSse2,   Transpose8Sse2,
+    RowSse2Subtract, RowSse2Add, RowSse2Max, LargestSse2,           DivideSse2, FiniteSse2};
+constexpr Kernels kAvx2{
+    Path::Avx2,      6,          8,          TileTable<TileAvx2>(), PackAvx2,   Transpose8Avx2,
+    RowAvx2Subtract, RowAvx2Add, RowAvx2Max, LargestAvx2,           DivideAvx2, FiniteAvx2};
 constexpr Kernels kAvx512{Path::Avx512,
                           8,
                           16,
-                          TileAvx512Add,
-                          TileAvx512Subtract,
+                          TileTable<TileAvx512>(),
+                          PackAvx512,
+                          Transpose8Avx512,
                           RowAvx512Subtract,
                           RowAvx512Add,
                           RowAvx512Max,

@@ -5,6 +5,7 @@
 
 #include "EngineTestSupport.h"
 #include "MatrixModule.h"
+#include "VectorPaths.h"
 
 namespace {
 
@@ -21,13 +22,20 @@ TEST(MultiplyMatrices, WorkedExampleAndPlainSumsBitForBit) {
     Matrix C = Sized(2, 1);
     MultiplyMatrices(2, 2, 1, MatrixOf({{1, 2}, {3, 4}}), MatrixOf({{5}, {6}}), C);
     EXPECT_TRUE(SameBits(C, MatrixOf({{17}, {39}})));
-    // Shapes that leave partial tiles, several depth blocks, and work for both cores.
-    for (auto [m, k, n] : {std::tuple{7, 5, 3}, {130, 300, 9}, {150, 130, 170}}) {
-        const Matrix A = RandomMatrix(m, k, unsigned(m)), B = RandomMatrix(k, n, unsigned(n));
-        Matrix P = Sized(m, n);
-        MultiplyMatrices(std::int16_t(m), std::int16_t(k), std::int16_t(n), A, B, P);
-        EXPECT_TRUE(SameBits(P, Product(A, B))) << m;
+    // On every vector path: shapes that leave partial tiles (some of them exactly the half
+    // or quarter tiles of a path, worked in place), several depth blocks, work for both
+    // cores.
+    for (VectorPaths::Path path : VectorPaths::Supported()) {
+        VectorPaths::Use(path);
+        for (auto [m, k, n] :
+             {std::tuple{7, 5, 3}, {130, 300, 9}, {150, 130, 170}, {100, 37, 100}, {99, 20, 12}}) {
+            const Matrix A = RandomMatrix(m, k, unsigned(m)), B = RandomMatrix(k, n, unsigned(n));
+            Matrix P = Sized(m, n);
+            MultiplyMatrices(std::int16_t(m), std::int16_t(k), std::int16_t(n), A, B, P);
+            EXPECT_TRUE(SameBits(P, Product(A, B))) << m << " on path " << int(path);
+        }
     }
+    VectorPaths::Use(VectorPaths::Supported().back());
 }
 
 TEST(MatrixDeterminant, WorkedExamplesAndExactIntegers) {

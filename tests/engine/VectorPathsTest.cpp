@@ -6,6 +6,7 @@
 #include <string>
 
 #include "EngineTestSupport.h"
+#include "Kernels.h"
 #include "MatrixModule.h"
 #include "Parallel.h"
 #include "VectorPaths.h"
@@ -93,5 +94,29 @@ INSTANTIATE_TEST_SUITE_P(Paths, SameBitsOnEveryPath,
                                            Setting{Path::Avx512, 0, false, "AVX512_AllWorkers"},
                                            Setting{Path::Avx512, 0, true, "AVX512_AllShared"}),
                          ByName());
+
+// The complete pivoting of the rank takes its column from this search: the first place of
+// the largest magnitude, past NaNs, for lengths on both sides of every vector width.
+TEST(SubtractScaledMax, FindsTheFirstPlaceOfTheLargestOnEveryPath) {
+    for (VectorPaths::Path path : VectorPaths::Supported()) {
+        VectorPaths::Use(path);
+        for (auto [count, first, second] :
+             {std::tuple{1, 0, 0}, {7, 6, 6}, {9, 3, 8}, {17, 16, 16}, {24, 2, 18}, {40, 7, 33}}) {
+            std::vector<double> y(std::size_t(count), NAN), x(std::size_t(count), 1.0);
+            for (int j = 1; j < count; ++j)
+                y[std::size_t(j)] = 0.5 * (j % 3) - 1.0;
+            y[std::size_t(first)] = -3.5, y[std::size_t(second)] = 4.5;  // -4 and 4 after
+            std::ptrdiff_t where = -2;
+            EXPECT_EQ(Kernels::SubtractScaledMax(y.data(), x.data(), 0.5, count, where), 4.0);
+            EXPECT_EQ(where, first) << count << " on path " << int(path);
+            EXPECT_EQ(y[std::size_t(second)], 4.0);
+        }
+        std::vector<double> nans(9, NAN);
+        std::ptrdiff_t where = -2;
+        EXPECT_EQ(Kernels::SubtractScaledMax(nans.data(), nans.data(), 1.0, 9, where), -1.0);
+        EXPECT_EQ(where, -1);
+    }
+    VectorPaths::Use(VectorPaths::Supported().back());
+}
 
 }  // namespace
