@@ -27,6 +27,7 @@
 #include "NumericValue.h"
 #include "OperandEntries.h"
 #include "ResultExport.h"
+#include "WorkingMemory.h"
 
 namespace {
 
@@ -367,6 +368,7 @@ void frmMatrix::DimensionTyped(QLineEdit* box) {
         grid.SetCols(Count(n + 1));
         SizeAndNumberColumns(grid);
     }
+    ExpectWorkingMemory();
 }
 
 // Why the chosen operation cannot use the count n in the box, or nothing. The columns of A
@@ -465,6 +467,20 @@ void frmMatrix::mnuComp_Click() {
         if (const OperationRow* chosen = Chosen(*Combo1)) chosen->compute(s, *sheet_);
     if (Option2->isChecked())
         if (const OperationRow* chosen = Chosen(*Combo2)) chosen->compute(s, *sheet_);
+    ExpectWorkingMemory();
+}
+
+// What a Compute on the operands as now sized writes: each entry of the operands and of a
+// result of their size as a double and as a text on the sheet. Memory for it is made ready
+// in the background when the operands grow large, and given back when they shrink.
+void frmMatrix::ExpectWorkingMemory() {
+    constexpr double kBytesPerEntry = 24;
+    const auto entries = [](const GridWidget& grid) {
+        return double(grid.Rows() - 1) * double(grid.Cols() - 1);
+    };
+    const double a = entries(*Grid1);
+    const double b = Grid2->Enabled() ? entries(*Grid2) : 0;
+    WorkingMemory::Expect(static_cast<std::size_t>(kBytesPerEntry * (a + b + std::max(a, b))));
 }
 
 // ---- Grid context menus ---------------------------------------------------------------
