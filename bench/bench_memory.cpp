@@ -68,10 +68,15 @@ std::string HeapFigures() {
     return text;
 }
 
+frmMatrix* window = nullptr;
+
 void Report(const char* stage, const std::string& extra = {}) {
-    std::printf("%-22s VmRSS %6.1f MB  RssAnon %6.1f MB  peak %6.1f MB  %s  %s\n", stage,
-                StatusMegabytes("VmRSS"), StatusMegabytes("RssAnon"), StatusMegabytes("VmHWM"),
-                HeapFigures().c_str(), extra.c_str());
+    double cells = 0;  // what the three grids' cell stores hold
+    for (const GridWidget* grid : window->Grids())
+        cells += double(grid->Model().StorageBytes()) / 1048576;
+    std::printf("%-22s VmRSS %6.1f MB  RssAnon %6.1f MB  peak %6.1f MB  %s  cells %.0f MB  %s\n",
+                stage, StatusMegabytes("VmRSS"), StatusMegabytes("RssAnon"),
+                StatusMegabytes("VmHWM"), HeapFigures().c_str(), cells, extra.c_str());
     std::fflush(stdout);
 }
 
@@ -170,6 +175,7 @@ int main(int argc, char** argv) {
 
     RecordingPlatform platform;
     frmMatrix w(platform);
+    window = &w;
     w.show();
     QApplication::setActiveWindow(&w);
     if (!QTest::qWaitForWindowActive(&w)) std::fprintf(stderr, "the window is not active\n");

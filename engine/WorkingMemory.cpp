@@ -42,8 +42,9 @@ constexpr std::size_t kMegabyte = std::size_t(1) << 20;
 // The largest block glibc's heap serves itself (its ceiling for M_MMAP_THRESHOLD on 64-bit
 // systems); larger ones get a mapping of their own, returned to the system when freed.
 constexpr std::size_t kLargestHeapBlock = 32 * kMegabyte;
-// The heap grows for a coming computation in blocks of this size, below the ceiling above.
-constexpr std::size_t kPiece = 16 * kMegabyte;
+// The heap's free memory is gathered for a coming computation in blocks of this size: small
+// enough to take up the free blocks a paste leaves behind before the heap grows.
+constexpr std::size_t kPiece = kMegabyte;
 // Needs below this are not prepared: their pages come in within a few milliseconds.
 constexpr std::size_t kLeast = 16 * kMegabyte;
 // Never prepared beyond this, nor beyond half of what the machine has left.
@@ -53,6 +54,8 @@ constexpr std::size_t kMost = 1024 * kMegabyte;
 constexpr std::size_t kSlack = 32 * kMegabyte;
 // The backing thread works in steps of this size; dropping pending work waits for one step.
 constexpr std::size_t kStep = 2 * kMegabyte;
+// Ranges at most this far apart are backed as one.
+constexpr std::uintptr_t kJoinGap = 16384;
 
 struct Range {
     std::uintptr_t begin;
@@ -156,20 +159,31 @@ Range Inside(const void* block, std::size_t size) {
 }
 
 // Grows the heap's free memory to `bytes` at least: blocks that together make `bytes` are
-// taken from the heap and given back at once, leaving its free top as large. Answers
-// where they lay.
+// taken from the heap (its free blocks first, then its top) and given back at once.
+// Answers where they lay, neighbours joined into one range.
 std::vector<Range> FreeRanges(std::size_t bytes) {
     std::vector<void*> blocks;
-    std::vector<Range> ranges;
     for (std::size_t taken = 0; taken < bytes; taken += kPiece) {
         void* block = std::malloc(kPiece);
         if (block == nullptr) break;
         blocks.push_back(block);
-        ranges.push_back(Inside(block, kPiece));
     }
+    std::vector<Range> ranges;
+    for (const void* block : blocks)
+        ranges.push_back(Inside(block, kPiece));
     for (auto it = blocks.rbegin(); it != blocks.rend(); ++it)
         std::free(*it);
-    return ranges;
+    // Blocks in a row are a block header apart; backing the header's page too does no harm.
+    std::sort(ranges.begin(), ranges.end(),
+              [](const Range& a, const Range& b) { return a.begin < b.begin; });
+    std::vector<Range> joined;
+    for (const Range& range : ranges) {
+        if (!joined.empty() && range.begin <= joined.back().end + kJoinGap)
+            joined.back().end = std::max(joined.back().end, range.end);
+        else
+            joined.push_back(range);
+    }
+    return joined;
 }
 
 void GiveBack(std::size_t keep) {
