@@ -117,6 +117,7 @@ void PasteOperand(GridWidget* grid, int n, int seed) {
     }
     // The source program keeps the copied text, not this one.
     QGuiApplication::clipboard()->clear();
+    QApplication::processEvents();  // the window's loop comes back after the key
 }
 
 double Compute(frmMatrix& w) {

@@ -210,15 +210,23 @@ void Prepare() {
 
 void Expect(std::size_t bytes) {
     if (!prepared) return;
-    const std::size_t available = MemoryCheck::AvailableBytes();
-    const std::size_t need = std::min({bytes, kMost, available / 2});
-    if (need >= kLeast && need > ready) {
+    const std::size_t need = Keep(bytes);
+    // Asked again, the same need tops up what the operands' cells took meanwhile: the free
+    // memory still backed costs the thread next to nothing.
+    if (need >= kLeast) {
         TheBacker().Add(FreeRanges(need));
         ready = need;
-    } else if (need + kSlack < ready || HeldFree() > 2 * need + kSlack) {
+    }
+}
+
+std::size_t Keep(std::size_t bytes) {
+    const std::size_t available = MemoryCheck::AvailableBytes();
+    const std::size_t need = std::min({bytes, kMost, available / 2});
+    if (prepared && (need + kSlack < ready || HeldFree() > 2 * need + kSlack)) {
         GiveBack(need);
         ready = std::min(ready, need);
     }
+    return need;
 }
 
 void Release() {

@@ -19,12 +19,18 @@ namespace WorkingMemory {
 // thread exists.
 void Prepare();
 
-// The coming computations need about `bytes` of memory. More than the process holds ready:
-// the heap grows by the difference and a background thread has the system back it, so the
-// first computation finds its pages in hand. Much less: what the heap and the matrices'
-// store keep beyond `bytes` goes back to the system, and pending backing is dropped. Below a
-// few megabytes nothing is prepared: such computations are quick anyway.
+// The coming computations need about `bytes` of memory: the heap's free memory is made at
+// least that large and a background thread has the system back it, so the first
+// computation finds its pages in hand. Far less than the process holds: what the heap and
+// the matrices' store keep beyond `bytes` goes back to the system first, and pending
+// backing is dropped. Below a few megabytes nothing is prepared: such computations are
+// quick anyway.
 void Expect(std::size_t bytes);
+
+// Only gives back what is held far beyond `bytes`, as Expect does, and answers the need
+// as Expect takes it (at most a gigabyte, and half of what the machine has left). For after
+// a computation: the next one of its size reuses what it frees.
+std::size_t Keep(std::size_t bytes);
 
 // Hands everything kept back to the system (for when the machine runs short).
 void Release();

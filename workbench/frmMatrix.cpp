@@ -13,6 +13,7 @@
 #include <QMenu>
 #include <QRadioButton>
 #include <QSignalBlocker>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include <string_view>
@@ -368,7 +369,8 @@ void frmMatrix::DimensionTyped(QLineEdit* box) {
         grid.SetCols(Count(n + 1));
         SizeAndNumberColumns(grid);
     }
-    ExpectWorkingMemory();
+    // Large operands are coming: memory for their Compute is made ready in the background.
+    WorkingMemory::Expect(ComputeBytes());
 }
 
 // Why the chosen operation cannot use the count n in the box, or nothing. The columns of A
@@ -467,20 +469,21 @@ void frmMatrix::mnuComp_Click() {
         if (const OperationRow* chosen = Chosen(*Combo1)) chosen->compute(s, *sheet_);
     if (Option2->isChecked())
         if (const OperationRow* chosen = Chosen(*Combo2)) chosen->compute(s, *sheet_);
-    ExpectWorkingMemory();
+    // The next Compute of these sizes reuses what this one frees; after a large one, what is
+    // held beyond them goes back.
+    WorkingMemory::Keep(ComputeBytes());
 }
 
 // What a Compute on the operands as now sized writes: each entry of the operands and of a
-// result of their size as a double and as a text on the sheet. Memory for it is made ready
-// in the background when the operands grow large, and given back when they shrink.
-void frmMatrix::ExpectWorkingMemory() {
+// result of their size as a double and as a text on the sheet.
+std::size_t frmMatrix::ComputeBytes() const {
     constexpr double kBytesPerEntry = 20;  // measured: 18.5 at 3000 x 3000, 20 at 1000 x 1000
     const auto entries = [](const GridWidget& grid) {
         return double(grid.Rows() - 1) * double(grid.Cols() - 1);
     };
     const double a = entries(*Grid1);
     const double b = Grid2->Enabled() ? entries(*Grid2) : 0;
-    WorkingMemory::Expect(static_cast<std::size_t>(kBytesPerEntry * (a + b + std::max(a, b))));
+    return static_cast<std::size_t>(kBytesPerEntry * (a + b + std::max(a, b)));
 }
 
 // ---- Grid context menus ---------------------------------------------------------------
@@ -550,6 +553,11 @@ void frmMatrix::Grid_PasteBeyond(int Index, int Rows, int Cols, bool& Cancel) {
     }
     for (QLineEdit* box : changed)
         DimensionTyped(box);
+    // The new sizes made memory ready for a Compute, and the pasted cells take some of it:
+    // once they are written, it is made up again.
+    QTimer::singleShot(0, this, [this] {
+        if (!ended_) WorkingMemory::Expect(ComputeBytes());
+    });
 }
 
 // A paste that writes nothing, and why.

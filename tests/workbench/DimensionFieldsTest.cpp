@@ -6,6 +6,7 @@
 #include <QRadioButton>
 
 #include "WindowFixture.h"
+#include "WorkingMemory.h"
 
 namespace {
 
@@ -129,6 +130,27 @@ TEST_F(WindowTest, CountBeyondTheRangeEndsTheProgram) {
     QTest::keyClick(window->Text1, Qt::Key_0);
     EXPECT_EQ(platform.errorNumber, 6);
     EXPECT_EQ(window->Grid1->Rows(), 4);
+}
+
+// Sizes typed for large operands make memory ready for their Compute (A*B of 1000 x 1000
+// by 1000 x 3: 40 MB at 20 bytes an entry), in proportion to what the chosen operation
+// reads; small sizes give it back.
+TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
+    WorkingMemory::Prepare();
+    window->Combo1->setCurrentIndex(5);
+    Type(window->Text1, "1000");
+    EXPECT_EQ(WorkingMemory::Ready(), 0u);  // 1000 x 3: too small to prepare
+    Type(window->Text2, "1000");
+    window->Text3->setText("100");  // typed digit by digit, each count would be refused
+    QTest::keyClick(window->Text3, Qt::Key_0);
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * (1000000 + 3000 + 1000000)));
+    window->Combo1->setCurrentIndex(4);  // A' reads no B
+    Type(window->Text1, "999");
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 999000));
+    Type(window->Text2, "3");
+    WorkingMemory::WaitForBacking();
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 2997));
+    EXPECT_FALSE(WorkingMemory::Backing());
 }
 
 }  // namespace
