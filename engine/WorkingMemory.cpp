@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <deque>
@@ -51,7 +52,7 @@ constexpr std::size_t kLeast = 16 * kMegabyte;
 constexpr std::size_t kMost = 1024 * kMegabyte;
 // Free memory kept beyond twice the need before any is given back, so that a computation a
 // little smaller than the last finds its memory still in hand.
-constexpr std::size_t kSlack = 32 * kMegabyte;
+constexpr std::size_t kSlack = 16 * kMegabyte;
 // The backing thread works in steps of this size; dropping pending work waits for one step.
 constexpr std::size_t kStep = 2 * kMegabyte;
 // Ranges at most this far apart are backed as one.
@@ -186,6 +187,12 @@ std::vector<Range> FreeRanges(std::size_t bytes) {
     return joined;
 }
 
+// The most free memory the heap keeps at its top; past it, freeing a block returns the top
+// to the system at once, so that what a large export or copy took comes back by itself.
+std::size_t KeptTop(std::size_t need) {
+    return std::min<std::size_t>(2 * need + kSlack, INT_MAX);  // mallopt takes an int
+}
+
 void GiveBack(std::size_t keep) {
     TheBacker().Drop();
     MatrixStorage::ReleaseKept();
@@ -202,9 +209,9 @@ void Prepare() {
     prepared = true;
 #ifdef KELVARA_GLIBC_HEAP
     // Fixed thresholds instead of glibc's sliding ones: blocks up to the ceiling come from
-    // the heap, and the heap keeps its free top (Expect gives it back when the need falls).
+    // the heap, and the heap keeps a free top in proportion to the need (Keep sets it).
     mallopt(M_MMAP_THRESHOLD, int(kLargestHeapBlock));
-    mallopt(M_TRIM_THRESHOLD, int(kMost + kLargestHeapBlock));
+    mallopt(M_TRIM_THRESHOLD, int(KeptTop(0)));
 #endif
 }
 
@@ -222,10 +229,14 @@ void Expect(std::size_t bytes) {
 std::size_t Keep(std::size_t bytes) {
     const std::size_t available = MemoryCheck::AvailableBytes();
     const std::size_t need = std::min({bytes, kMost, available / 2});
-    if (prepared && (need + kSlack < ready || HeldFree() > 2 * need + kSlack)) {
+    if (!prepared) return need;
+    if (need + kSlack < ready || HeldFree() > KeptTop(need)) {
         GiveBack(need);
         ready = std::min(ready, need);
     }
+#ifdef KELVARA_GLIBC_HEAP
+    mallopt(M_TRIM_THRESHOLD, int(KeptTop(need)));
+#endif
     return need;
 }
 

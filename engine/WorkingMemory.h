@@ -13,10 +13,10 @@
 
 namespace WorkingMemory {
 
-// The allocator's settings: memory a computation frees stays with the heap until Expect
-// gives it back, and blocks up to the largest size the allocator allows come from the heap,
-// so they are reused. Backs nothing. Call once, first thing in main(), before any other
-// thread exists.
+// The allocator's settings: blocks up to the largest size the allocator allows come from
+// the heap, so they are reused, and the heap keeps free memory in proportion to the need
+// that Expect and Keep were last told of (a few megabytes at rest). Backs nothing. Call
+// once, first thing in main(), before any other thread exists.
 void Prepare();
 
 // The coming computations need about `bytes` of memory: the heap's free memory is made at
