@@ -40,9 +40,11 @@ namespace WorkingMemory {
 namespace {
 
 constexpr std::size_t kMegabyte = std::size_t(1) << 20;
+#ifdef KELVARA_GLIBC_HEAP
 // The largest block glibc's heap serves itself (its ceiling for M_MMAP_THRESHOLD on 64-bit
 // systems); larger ones get a mapping of their own, returned to the system when freed.
 constexpr std::size_t kLargestHeapBlock = 32 * kMegabyte;
+#endif
 // The heap's free memory is gathered for a coming computation in blocks of this size: small
 // enough to take up the free blocks a paste leaves behind before the heap grows.
 constexpr std::size_t kPiece = kMegabyte;
