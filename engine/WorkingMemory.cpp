@@ -232,7 +232,7 @@ std::size_t Keep(std::size_t bytes) {
     const std::size_t available = MemoryCheck::AvailableBytes();
     const std::size_t need = std::min({bytes, kMost, available / 2});
     if (!prepared) return need;
-    if (need + kSlack < ready || HeldFree() > KeptTop(need)) {
+    if (KeptTop(need) < ready || HeldFree() > KeptTop(need)) {
         GiveBack(need);
         ready = std::min(ready, need);
     }

@@ -369,8 +369,9 @@ void frmMatrix::DimensionTyped(QLineEdit* box) {
         grid.SetCols(Count(n + 1));
         SizeAndNumberColumns(grid);
     }
-    // Large operands are coming: memory for their Compute is made ready in the background.
-    WorkingMemory::Expect(ComputeBytes());
+    // Large operands are coming: memory for their cells and their Compute is made ready in
+    // the background.
+    WorkingMemory::Expect(ComputeBytes(true));
 }
 
 // Why the chosen operation cannot use the count n in the box, or nothing. The columns of A
@@ -475,15 +476,18 @@ void frmMatrix::mnuComp_Click() {
 }
 
 // What a Compute on the operands as now sized writes: each entry of the operands and of a
-// result of their size as a double and as a text on the sheet.
-std::size_t frmMatrix::ComputeBytes() const {
+// result of their size as a double and as a text on the sheet; and, for operands still to
+// be filled in, their cells' texts.
+std::size_t frmMatrix::ComputeBytes(bool cellsToCome) const {
     constexpr double kBytesPerEntry = 20;  // measured: 18.5 at 3000 x 3000, 20 at 1000 x 1000
+    constexpr double kBytesPerCell = 10;
     const auto entries = [](const GridWidget& grid) {
         return double(grid.Rows() - 1) * double(grid.Cols() - 1);
     };
     const double a = entries(*Grid1);
     const double b = Grid2->Enabled() ? entries(*Grid2) : 0;
-    return static_cast<std::size_t>(kBytesPerEntry * (a + b + std::max(a, b)));
+    const double cells = cellsToCome ? kBytesPerCell * (a + b) : 0;
+    return static_cast<std::size_t>(kBytesPerEntry * (a + b + std::max(a, b)) + cells);
 }
 
 // ---- Grid context menus ---------------------------------------------------------------

@@ -132,9 +132,9 @@ TEST_F(WindowTest, CountBeyondTheRangeEndsTheProgram) {
     EXPECT_EQ(window->Grid1->Rows(), 4);
 }
 
-// Sizes typed for large operands make memory ready for their Compute (A*B of 1000 x 1000
-// by 1000 x 3: 40 MB at 20 bytes an entry), in proportion to what the chosen operation
-// reads; small sizes give it back.
+// Sizes typed for large operands make memory ready for their cells and their Compute (A*B
+// of 1000 x 1000 by 1000 x 3: 20 bytes an entry of A, B and the result, 10 a cell of A and
+// B), in proportion to what the chosen operation reads; small sizes give it back.
 TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
     WorkingMemory::Prepare();
     window->Combo1->setCurrentIndex(5);
@@ -143,13 +143,13 @@ TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
     Type(window->Text2, "1000");
     window->Text3->setText("100");  // typed digit by digit, each count would be refused
     QTest::keyClick(window->Text3, Qt::Key_0);
-    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * (1000000 + 3000 + 1000000)));
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2003000 + 10 * 1003000));
     window->Combo1->setCurrentIndex(4);  // A' reads no B
     Type(window->Text1, "999");
-    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 999000));
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 999000 + 10 * 999000));
     Type(window->Text2, "3");
     WorkingMemory::WaitForBacking();
-    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 2997));
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 2997 + 10 * 2997));
     EXPECT_FALSE(WorkingMemory::Backing());
 }
 
