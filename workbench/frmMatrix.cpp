@@ -475,19 +475,27 @@ void frmMatrix::mnuComp_Click() {
     WorkingMemory::Keep(ComputeBytes());
 }
 
-// What a Compute on the operands as now sized writes: each entry of the operands and of a
-// result of their size as a double and as a text on the sheet; and, for operands still to
-// be filled in, their cells' texts.
+// The fresh memory a Compute on the operands as now sized needs: each entry of the operands
+// and of a result of their size as a double and as a text on the sheet, less what the
+// sheet's present texts free when the Compute clears it; and, for operand cells still to be
+// filled in, their texts.
 std::size_t frmMatrix::ComputeBytes(bool cellsToCome) const {
     constexpr double kBytesPerEntry = 20;  // measured: 18.5 at 3000 x 3000, 20 at 1000 x 1000
     constexpr double kBytesPerCell = 10;
     const auto entries = [](const GridWidget& grid) {
         return double(grid.Rows() - 1) * double(grid.Cols() - 1);
     };
+    const auto unfilled = [&](const GridWidget& grid) {
+        const GridModel& cells = grid.Model();
+        return std::max(0.0, entries(grid) - double(cells.LastUsedRow()) * cells.LastUsedCol());
+    };
+    const bool readsB = Grid2->Enabled();
     const double a = entries(*Grid1);
-    const double b = Grid2->Enabled() ? entries(*Grid2) : 0;
-    const double cells = cellsToCome ? kBytesPerCell * (a + b) : 0;
-    return static_cast<std::size_t>(kBytesPerEntry * (a + b + std::max(a, b)) + cells);
+    const double b = readsB ? entries(*Grid2) : 0;
+    double bytes = kBytesPerEntry * (a + b + std::max(a, b));
+    if (cellsToCome) bytes += kBytesPerCell * (unfilled(*Grid1) + (readsB ? unfilled(*Grid2) : 0));
+    bytes -= double(Grid3->Model().StorageBytes());
+    return bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
 }
 
 // ---- Grid context menus ---------------------------------------------------------------

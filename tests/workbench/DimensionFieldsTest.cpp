@@ -147,9 +147,17 @@ TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
     window->Combo1->setCurrentIndex(4);  // A' reads no B
     Type(window->Text1, "999");
     EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 999000 + 10 * 999000));
+    // Filled in, A's cells are no longer to come; what the sheet holds is not fresh memory.
+    window->Grid1->SetCellText(998, 1000, "1");
+    window->Grid3->SetCellText(30, 10, QString(5000, '1'));
+    window->Text1->setText("99");
+    QTest::keyClick(window->Text1, Qt::Key_8);
+    EXPECT_EQ(WorkingMemory::Ready(),
+              std::size_t(20 * 2 * 998000 - window->Grid3->Model().StorageBytes()));
     Type(window->Text2, "3");
     WorkingMemory::WaitForBacking();
-    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 2997 + 10 * 2997));
+    EXPECT_EQ(WorkingMemory::Ready(),
+              std::size_t(20 * 2 * 2994 + 10 * 2994 - window->Grid3->Model().StorageBytes()));
     EXPECT_FALSE(WorkingMemory::Backing());
 }
 
