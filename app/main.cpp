@@ -45,8 +45,8 @@ private:
 
 int main(int argc, char** argv) {
     // Before the application object and its threads: the heap keeps what a computation
-    // frees for the next one, and the first computation finds its memory already in hand,
-    // instead of faulting in tens of megabytes 4 KB at a time.
+    // frees for the next one. Memory for a computation is made ready only once its operands
+    // arrive; at rest the program holds no more than it uses.
     WorkingMemory::Prepare();
     // What the heap keeps is given back before a large request would be refused for want
     // of memory.

@@ -59,6 +59,23 @@ void Free(double* elements, std::size_t count) noexcept {
     ::operator delete(elements);
 }
 
+std::size_t KeptBytes() {
+    Store& s = TheStore();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return s.total * sizeof(double);
+}
+
+void ReleaseKept() {
+    Store& s = TheStore();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    for (std::size_t i = 0; i < kStoreSlots; ++i) {
+        ::operator delete(s.elements[i]);
+        s.elements[i] = nullptr;
+        s.counts[i] = 0;
+    }
+    s.total = 0;
+}
+
 }  // namespace MatrixStorage
 
 void Matrix::Resize(std::int16_t rows, std::int16_t cols) {

@@ -13,6 +13,9 @@ namespace MatrixStorage {
 // computations of one size reuse memory already in hand instead of fresh zeroed pages.
 double* Allocate(std::size_t count);
 void Free(double* elements, std::size_t count) noexcept;
+// Bytes the store keeps for the next matrices, and handing all of them back to the system.
+std::size_t KeptBytes();
+void ReleaseKept();
 
 template <class T>
 struct Allocator {

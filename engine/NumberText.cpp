@@ -1,5 +1,6 @@
 #include "NumberText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -88,6 +89,51 @@ void RoundedDigits(double magnitude, Decimal& out) {
     ParseScientific(text, rounded.ptr, out);
 }
 
+// Most numbers people type, and sums and products of them, have a few decimals: value x 10^k
+// rounds to a whole number N below 10^15 for a small k. Rounding then errs by at most 2^-53
+// of the value, less than half the gap between neighbouring 15-digit decimals (at least
+// 10^-15 of the value), so N / 10^k is the correctly rounded 15-digit form itself, written
+// without the digit search. Answers the text's length, or 0 for a value that is not such a
+// decimal, or that is shown in scientific form (below 10^-4).
+std::size_t ShortDecimal(double value, char* out, char decimalSeparator) {
+    constexpr double kPowers[] = {1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
+    constexpr int kMostDecimals = 8;
+    for (int k = 1; k <= kMostDecimals; ++k) {
+        const double scaled = value * kPowers[k - 1];
+        if (scaled >= 1E15) return 0;
+        if (scaled != std::trunc(scaled)) continue;
+        auto whole = static_cast<unsigned long long>(scaled);
+        int decimals = k;
+        while (decimals > 0 && whole % 10 == 0) {
+            whole /= 10;
+            --decimals;
+        }
+        char digits[24];
+        const int n = int(std::to_chars(digits, digits + sizeof digits, whole).ptr - digits);
+        // Positional only from 10^-4 on: "0.000" and the digits.
+        if (decimals - n > 3) return 0;
+        char* p = out;
+        if (n > decimals) {
+            std::memcpy(p, digits, std::size_t(n - decimals));
+            p += n - decimals;
+        } else {
+            *p++ = '0';
+        }
+        if (decimals > 0) {
+            *p++ = decimalSeparator;
+            if (decimals > n) {
+                std::memset(p, '0', std::size_t(decimals - n));
+                p += decimals - n;
+            }
+            const int from = std::max(n - decimals, 0);
+            std::memcpy(p, digits + from, std::size_t(n - from));
+            p += n - from;
+        }
+        return std::size_t(p - out);
+    }
+    return 0;
+}
+
 }  // namespace
 
 std::size_t NumberToChars(double value, char* buffer, char decimalSeparator) {
@@ -109,10 +155,14 @@ std::size_t NumberToChars(double value, char* buffer, char decimalSeparator) {
         value = -value;
     }
 
-    if (value < 1E15 && value == std::trunc(value)) {
-        // A whole number of at most 15 digits is its own rounded value, shown positionally.
-        return std::size_t(
-            std::to_chars(out, out + 16, static_cast<unsigned long long>(value)).ptr - buffer);
+    if (value < 1E15) {
+        if (value == std::trunc(value)) {
+            // A whole number of at most 15 digits is its own rounded value, shown positionally.
+            return std::size_t(
+                std::to_chars(out, out + 16, static_cast<unsigned long long>(value)).ptr - buffer);
+        }
+        if (const std::size_t length = ShortDecimal(value, out, decimalSeparator))
+            return std::size_t(out - buffer) + length;
     }
 
     Decimal d;

@@ -106,15 +106,6 @@ void CellStore::ChargeMemoryBudget(std::size_t bytes) {
 }
 
 void CellStore::AddBlock(std::size_t size) {
-    // The smallest spare block that is large enough, if any.
-    auto spare = spare_.end();
-    for (auto it = spare_.begin(); it != spare_.end(); ++it)
-        if (it->size >= size && (spare == spare_.end() || it->size < spare->size)) spare = it;
-    if (spare != spare_.end()) {
-        blocks_.push_back(std::move(*spare));
-        spare_.erase(spare);
-        return;
-    }
     ChargeMemoryBudget(size);
     Block block;
     try {
@@ -175,7 +166,6 @@ void CellStore::Forget(Ref ref) {
 void CellStore::CompactIfWasteful() {
     if (liveBytes_ == 0) {
         if (!blocks_.empty()) {
-            KeepSpare(blocks_);
             blocks_.clear();
             blocks_.shrink_to_fit();
             deadBytes_ = 0;
@@ -206,23 +196,23 @@ void CellStore::Compact() {
     }
 }
 
-void CellStore::KeepSpare(std::vector<Block>& blocks) {
-    std::size_t kept = 0;
-    for (const auto& block : spare_)
-        kept += block.size;
-    for (auto& block : blocks) {
-        if (!block.bytes || kept + block.size > kSpareBytes) continue;
-        kept += block.size;
-        spare_.push_back(std::move(block));
-    }
-}
-
 void CellStore::DropRowsFrom(int row) {
     const auto first = std::size_t(std::max(row, 0));
     if (first >= rows_.size()) return;
-    for (std::size_t r = first; r < rows_.size(); ++r) {
-        for (Ref ref : rows_[r])
-            Forget(ref);
+    // Usually the rows that stay hold no text (a sheet emptied before it shrinks): then every
+    // text goes, and is forgotten without reading each one's length.
+    const bool keepsNoText = std::all_of(
+        rows_.begin(), rows_.begin() + std::ptrdiff_t(first), [](const std::vector<Ref>& cells) {
+            return std::all_of(cells.begin(), cells.end(), [](Ref ref) { return ref == 0; });
+        });
+    if (keepsNoText) {
+        deadBytes_ += liveBytes_;
+        liveBytes_ = 0;
+    } else {
+        for (std::size_t r = first; r < rows_.size(); ++r) {
+            for (Ref ref : rows_[r])
+                Forget(ref);
+        }
     }
     rows_.resize(first);
     if (rows_.capacity() > 2 * rows_.size() + 64) rows_.shrink_to_fit();
@@ -268,8 +258,6 @@ int CellStore::LastUsedCol() const {
 std::size_t CellStore::Bytes() const {
     std::size_t bytes = blocks_.capacity() * sizeof(Block) + rows_.capacity() * sizeof(rows_[0]);
     for (const auto& block : blocks_)
-        bytes += block.size;
-    for (const auto& block : spare_)
         bytes += block.size;
     for (const auto& cells : rows_)
         bytes += cells.capacity() * sizeof(Ref);

@@ -94,14 +94,8 @@ private:
     void Forget(Ref ref);
     void CompactIfWasteful();
     void Compact();
-    // Moves blocks no longer used into spare_, as far as its budget goes.
-    void KeepSpare(std::vector<Block>& blocks);
 
     std::vector<Block> blocks_;
-    // Blocks of an arena emptied by a clear, kept for the texts that usually follow at once,
-    // so those go into pages already in hand instead of fresh ones from the system.
-    std::vector<Block> spare_;
-    static constexpr std::size_t kSpareBytes = std::size_t(64) << 20;
     std::size_t fill_ = 0;     // bytes used in the block being filled (the last normal one)
     std::size_t current_ = 0;  // index of that block; meaningful once blocks_ is not empty
     std::size_t nextBlockSize_ = kFirstBlockSize;

@@ -47,19 +47,37 @@ CellBlockCommand::CellBlockCommand(GridModel& model, QRect cells, CellBlock text
     // remembered.
     cells_ = cells_.intersected(
         QRect(1, 1, std::max(0, model.Cols() - 1), std::max(0, model.Rows() - 1)));
+    const auto eachChange = [&](auto&& visit) {
+        for (int row = cells_.top(); row <= cells_.bottom(); ++row) {
+            for (int col = cells_.left(); col <= cells_.right(); ++col) {
+                const std::string_view now = model_.CellUtf8(row, col);
+                const std::string_view text = texts.Text(row - cells_.top(), col - cells_.left());
+                if (now != text) visit(row, col, now, text);
+            }
+        }
+    };
+    // A first pass sizes what the step keeps, so that a paste of millions of cells is kept
+    // in tables allocated once at their size. A step that changes every cell of its
+    // rectangle keeps no list of cells, and one that writes only into empty cells keeps no
+    // texts from before.
+    std::size_t count = 0, beforeBytes = 0, afterBytes = 0;
+    eachChange([&](int, int, std::string_view now, std::string_view text) {
+        ++count;
+        beforeBytes += now.size();
+        afterBytes += text.size();
+    });
+    whole_ = count > 0 && count == std::size_t(cells_.width()) * std::size_t(cells_.height());
+    wasEmpty_ = beforeBytes == 0;
+    if (!whole_) changed_.reserve(count);
     before_.NewRow();
     after_.NewRow();
-    for (int row = cells_.top(); row <= cells_.bottom(); ++row) {
-        for (int col = cells_.left(); col <= cells_.right(); ++col) {
-            const std::string_view now = model_.CellUtf8(row, col);
-            const std::string_view text = texts.Text(row - cells_.top(), col - cells_.left());
-            if (now == text) continue;
-            changed_.emplace_back(col, row);
-            before_.AddCell(now);
-            after_.AddCell(text);
-        }
-    }
-    changed_.shrink_to_fit();
+    if (!wasEmpty_) before_.Reserve(beforeBytes, count);
+    after_.Reserve(afterBytes, count);
+    eachChange([&](int row, int col, std::string_view now, std::string_view text) {
+        if (!whole_) changed_.emplace_back(col, row);
+        if (!wasEmpty_) before_.AddCell(now);
+        after_.AddCell(text);
+    });
 }
 
 CellBlockCommand::CellBlockCommand(CellBlockCommand& done)
@@ -69,6 +87,8 @@ CellBlockCommand::CellBlockCommand(CellBlockCommand& done)
       changed_(std::move(done.changed_)),
       before_(std::move(done.before_)),
       after_(std::move(done.after_)),
+      whole_(done.whole_),
+      wasEmpty_(done.wasEmpty_),
       skipRedo_(true) {}
 
 void CellBlockCommand::redo() {
@@ -76,18 +96,24 @@ void CellBlockCommand::redo() {
         skipRedo_ = false;
         return;
     }
-    Write(after_);
+    Write(&after_);
 }
 
 void CellBlockCommand::undo() {
-    Write(before_);
+    Write(wasEmpty_ ? nullptr : &before_);
 }
 
-void CellBlockCommand::Write(const TextTable& texts) {
-    for (std::size_t i = 0; i < changed_.size(); ++i) {
-        const QPoint cell = changed_[i];
+void CellBlockCommand::Write(const TextTable* texts) {
+    const std::size_t width = std::size_t(std::max(cells_.width(), 1));
+    const std::size_t count = whole_ ? width * std::size_t(cells_.height()) : changed_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const QPoint cell =
+            whole_ ? QPoint(cells_.left() + int(i % width), cells_.top() + int(i / width))
+                   : changed_[i];
         if (cell.y() < model_.Rows() && cell.x() < model_.Cols())
-            model_.SetCellText(cell.y(), cell.x(), texts.Cell(0, static_cast<int>(i)));
+            model_.SetCellText(
+                cell.y(), cell.x(),
+                texts != nullptr ? texts->Cell(0, static_cast<int>(i)) : std::string_view());
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // The grid's own edits as steps of its undo history. Each step keeps only the cells that
-// it changes, with their texts before and after in packed tables, and the history as a
-// whole is held to a memory budget by dropping its oldest steps.
+// it changes, with their texts before and after in packed tables sized once, and the
+// history as a whole is held to a memory budget by dropping its oldest steps.
 
 #include <QPoint>
 #include <QRect>
@@ -54,13 +54,16 @@ private:
     // Takes over another step that has been carried out, and is not carried out again
     // when it is pushed.
     explicit CellBlockCommand(CellBlockCommand& done);
-    void Write(const TextTable& texts);
+    // Writes the texts (nullptr: every text empty) into the changed cells, in order.
+    void Write(const TextTable* texts);
 
     GridModel& model_;
     QRect cells_;
     std::vector<QPoint> changed_;  // the cells whose text the step changes (x col, y row)
     TextTable before_;             // their texts before and after, in one row each
     TextTable after_;
+    bool whole_ = false;     // every cell of cells_ changes, row by row; changed_ is empty
+    bool wasEmpty_ = false;  // every changed cell was empty; before_ holds nothing
     bool skipRedo_ = false;
 };
 

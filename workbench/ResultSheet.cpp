@@ -84,20 +84,17 @@ private:
     void FastBlock(int caption, int rows, int cols, const Matrix& m) {
         constexpr int kRowsPerBatch = 64;
         const std::size_t stride = NumberTextCapacity;
-        // Kept between reports, so a large one reuses the pages of the last.
-        // Only the window's thread writes reports; the workers fill these through pointers.
-        static std::vector<char> texts_;
-        static std::vector<std::uint8_t> lengths_;
-        static std::vector<std::string_view> views_;
+        // The workers fill these through pointers; the heap keeps their pages for the next
+        // block once they are freed.
         const int batchRows = std::min(rows, kRowsPerBatch);
-        texts_.resize(std::size_t(batchRows) * std::size_t(cols) * stride);
-        lengths_.resize(std::size_t(batchRows) * std::size_t(cols));
-        views_.resize(std::size_t(cols));
+        std::vector<char> textBuffer(std::size_t(batchRows) * std::size_t(cols) * stride);
+        std::vector<std::uint8_t> lengthBuffer(std::size_t(batchRows) * std::size_t(cols));
+        std::vector<std::string_view> views(static_cast<std::size_t>(cols));
         for (int first = 1; first <= rows; first += kRowsPerBatch) {
             const int count = std::min(kRowsPerBatch, rows - first + 1);
             const double work = 200.0 * double(count) * double(cols);  // a text costs ~100 ns
-            char* const texts = texts_.data();
-            std::uint8_t* const lengths = lengths_.data();
+            char* const texts = textBuffer.data();
+            std::uint8_t* const lengths = lengthBuffer.data();
             Parallel::ForRange(0, count, 1, work, [&](std::ptrdiff_t r0, std::ptrdiff_t r1) {
                 for (std::ptrdiff_t r = r0; r < r1; ++r) {
                     const double* source = m.RowData(Count(first + r));
@@ -110,10 +107,10 @@ private:
             for (int r = 0; r < count; ++r) {
                 const std::size_t base = std::size_t(r) * std::size_t(cols);
                 for (int j = 0; j < cols; ++j)
-                    views_[std::size_t(j)] =
-                        std::string_view(texts_.data() + (base + std::size_t(j)) * stride,
-                                         lengths_[base + std::size_t(j)]);
-                sheet_.SetRowTexts(caption + first + r, 2, views_.data(), cols);
+                    views[std::size_t(j)] =
+                        std::string_view(textBuffer.data() + (base + std::size_t(j)) * stride,
+                                         lengthBuffer[base + std::size_t(j)]);
+                sheet_.SetRowTexts(caption + first + r, 2, views.data(), cols);
             }
         }
     }
@@ -129,7 +126,8 @@ ResultSheet::ResultSheet(GridModel& sheet, const Operands& window, char decimalS
 
 void ResultSheet::ClearResultSheet() {
     // The cells that stay are emptied before the sheet shrinks: it then holds no text at
-    // all, and the grid keeps its text storage for the report that follows.
+    // all, and its text storage goes back to the heap, where the report that follows finds
+    // it (or, when the reports have become small, the system gets it back).
     const int keptRows = std::min(sheet_.Rows(), 31) - 1;
     const int keptCols = std::min(sheet_.Cols(), 11) - 1;
     for (int i = 1; i <= keptRows; ++i)

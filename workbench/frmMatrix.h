@@ -175,6 +175,7 @@ private:
     void DimensionTyped(QLineEdit* box);
     QString DimensionRefusal(const QLineEdit* box, std::int16_t n) const;
     void DimensionCheck(QLineEdit* box, int old, const QString& message);
+    std::size_t ComputeBytes(bool cellsToCome = false) const;
     void ExportResults(Export::Format format);
     void ShowSaveDialog();
     QString ChooseExportFile(const QString& filter, const QString& title, const QString& extension);

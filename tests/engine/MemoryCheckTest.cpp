@@ -1,12 +1,16 @@
 // Large allocations are weighed against what the machine reports before they are made.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <thread>
+#include <vector>
 
 #include "EngineTestSupport.h"
 #include "Matrix.h"
 #include "MemoryCheck.h"
+#include "WorkingMemory.h"
 
 namespace {
 
@@ -75,6 +79,31 @@ TEST(MemoryCheck, KeptMemoryIsGivenBackBeforeRefusing) {
     MemoryCheck::SetRelease(nullptr);
     MemoryCheck::CurrentSources() = saved;
     std::filesystem::remove(report);
+}
+
+// Memory for a coming computation is backed on a thread of its own while other threads
+// allocate and write; a fallen need drops what is still pending, and a new one starts again.
+TEST(WorkingMemory, BackingRunsBesideAllocationsAndStopsWhenTheNeedFalls) {
+    constexpr std::size_t kMB = std::size_t(1) << 20;
+    WorkingMemory::Prepare();
+    std::thread writer([] {
+        for (int i = 0; i < 32; ++i) {
+            std::vector<char> block(kMB);
+            std::memset(block.data(), i, block.size());
+        }
+    });
+    WorkingMemory::Expect(48 * kMB);
+    EXPECT_EQ(WorkingMemory::Ready(), 48 * kMB);
+    WorkingMemory::Expect(0);
+    EXPECT_FALSE(WorkingMemory::Backing());
+    EXPECT_EQ(WorkingMemory::Ready(), 0u);
+    WorkingMemory::Expect(32 * kMB);
+    writer.join();
+    WorkingMemory::WaitForBacking();
+    EXPECT_FALSE(WorkingMemory::Backing());
+    EXPECT_EQ(WorkingMemory::Ready(), 32 * kMB);
+    WorkingMemory::Release();
+    EXPECT_EQ(WorkingMemory::Ready(), 0u);
 }
 
 }  // namespace

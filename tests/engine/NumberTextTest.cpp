@@ -73,6 +73,9 @@ TEST(NumberToText, AgreesWithPrintf) {
         const int a = small(random), b = small(random);
         if (b != 0) ExpectSameAsPrintf(double(a) / double(b));
         ExpectSameAsPrintf(double(a) * 0.1 + double(b) * 0.01);
+        // Few decimals, across the change to scientific form at 10^-4.
+        ExpectSameAsPrintf(double(a) / 1024.0 + double(b));
+        ExpectSameAsPrintf(double(a) * 1e-7);
     }
     // Doubles on and beside the midpoints between neighbouring 15-digit decimals, where a
     // rounding shortcut would go wrong first.

@@ -2,6 +2,7 @@
 // that stop early (see NumericValue.cpp); which whole texts each reader takes for a number,
 // and the blanks around a text (NumberShape.h).
 
+#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -40,6 +41,14 @@ TEST(NumericValue, ReadsTheNumberTheTextBeginsWith) {
         const double value = NumericValue(text);
         EXPECT_EQ(value, expected) << '"' << text << '"';
         EXPECT_FALSE(std::signbit(value) && value == 0.0) << '"' << text << "\": zero is +0";
+    }
+    // Plain decimals of up to 17 digits, the point anywhere, are read as strtod reads them.
+    std::mt19937_64 random(20261125);
+    for (int k = 0; k < 20000; ++k) {
+        std::string text = std::to_string(random() % 100000000000000000u);
+        text.insert(text.size() - std::min<std::size_t>(text.size(), random() % 18), ".");
+        if (k % 2) text.insert(0, "-");
+        EXPECT_EQ(NumericValue(text), std::strtod(text.c_str(), nullptr)) << text;
     }
 }
 

@@ -25,6 +25,25 @@ TEST(UndoHistory, StepKeepsOnlyTheCellsItChanges) {
     EXPECT_EQ(model.CellUtf8(7, 9), "");
     clearOne.undo();
     EXPECT_EQ(model.CellUtf8(7, 9), std::string(1000, 'x'));
+
+    // A block pasted over empty cells keeps its own texts only, and undoes to empty cells
+    // in every corner; over a written block, the texts from before come back.
+    GridModel sheet;
+    sheet.SetRows(301);
+    sheet.SetCols(301);
+    CellBlockCommand fill(sheet, all, CellBlock::Filled("12.5"));
+    EXPECT_LT(fill.Bytes(), 90000u * (sizeof(std::size_t) + 4) + 1000);
+    fill.redo();
+    CellBlockCommand over(sheet, QRect(299, 2, 2, 2), CellBlock::Filled("7"));
+    over.redo();
+    EXPECT_EQ(sheet.CellUtf8(3, 300), "7");
+    over.undo();
+    EXPECT_EQ(sheet.CellUtf8(3, 300), "12.5");
+    fill.undo();
+    for (const auto& [row, col] : {std::pair(1, 1), {1, 300}, {300, 1}, {300, 300}, {3, 300}})
+        EXPECT_EQ(sheet.CellUtf8(row, col), "") << row << ',' << col;
+    fill.redo();
+    EXPECT_EQ(sheet.CellUtf8(300, 1), "12.5");
 }
 
 TEST(UndoHistory, PastTheBudgetTheOldestStepsGoAndTheRestStillWork) {

@@ -6,6 +6,7 @@
 #include <QRadioButton>
 
 #include "WindowFixture.h"
+#include "WorkingMemory.h"
 
 namespace {
 
@@ -129,6 +130,35 @@ TEST_F(WindowTest, CountBeyondTheRangeEndsTheProgram) {
     QTest::keyClick(window->Text1, Qt::Key_0);
     EXPECT_EQ(platform.errorNumber, 6);
     EXPECT_EQ(window->Grid1->Rows(), 4);
+}
+
+// Sizes typed for large operands make memory ready for their cells and their Compute (A*B
+// of 1000 x 1000 by 1000 x 3: 20 bytes an entry of A, B and the result, 10 a cell of A and
+// B), in proportion to what the chosen operation reads; small sizes give it back.
+TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
+    WorkingMemory::Prepare();
+    window->Combo1->setCurrentIndex(5);
+    Type(window->Text1, "1000");
+    EXPECT_EQ(WorkingMemory::Ready(), 0u);  // 1000 x 3: too small to prepare
+    Type(window->Text2, "1000");
+    window->Text3->setText("100");  // typed digit by digit, each count would be refused
+    QTest::keyClick(window->Text3, Qt::Key_0);
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2003000 + 10 * 1003000));
+    window->Combo1->setCurrentIndex(4);  // A' reads no B
+    Type(window->Text1, "999");
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 999000 + 10 * 999000));
+    // Filled in, A's cells are no longer to come; what the sheet holds is not fresh memory.
+    window->Grid1->SetCellText(998, 1000, "1");
+    window->Grid3->SetCellText(30, 10, QString(5000, '1'));
+    window->Text1->setText("99");
+    QTest::keyClick(window->Text1, Qt::Key_8);
+    EXPECT_EQ(WorkingMemory::Ready(),
+              std::size_t(20 * 2 * 998000 - window->Grid3->Model().StorageBytes()));
+    Type(window->Text2, "3");
+    WorkingMemory::WaitForBacking();
+    EXPECT_EQ(WorkingMemory::Ready(),
+              std::size_t(20 * 2 * 2994 + 10 * 2994 - window->Grid3->Model().StorageBytes()));
+    EXPECT_FALSE(WorkingMemory::Backing());
 }
 
 }  // namespace
