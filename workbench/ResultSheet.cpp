@@ -1,6 +1,7 @@
 #include "ResultSheet.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <cstdint>
 #include <string_view>
@@ -79,39 +80,87 @@ public:
     void TopRow(Count row) { sheet_.SetTopRow(row); }
 
 private:
-    // The texts of a few rows at a time are formatted by all cores, each core taking whole
-    // rows, and then go onto the sheet a row at a time, in order.
+    // The texts of a few rows at a time are formatted by all cores and go onto the sheet a row
+    // at a time, in order. While this thread puts one batch onto the sheet, the workers
+    // format the next; each thread that is free takes the next row still to be formatted.
     void FastBlock(int caption, int rows, int cols, const Matrix& m) {
         constexpr int kRowsPerBatch = 64;
-        const std::size_t stride = NumberTextCapacity;
-        // The workers fill these through pointers; the heap keeps their pages for the next
-        // block once they are freed.
         const int batchRows = std::min(rows, kRowsPerBatch);
-        std::vector<char> textBuffer(std::size_t(batchRows) * std::size_t(cols) * stride);
-        std::vector<std::uint8_t> lengthBuffer(std::size_t(batchRows) * std::size_t(cols));
-        std::vector<std::string_view> views(static_cast<std::size_t>(cols));
-        for (int first = 1; first <= rows; first += kRowsPerBatch) {
-            const int count = std::min(kRowsPerBatch, rows - first + 1);
-            const double work = 200.0 * double(count) * double(cols);  // a text costs ~100 ns
-            char* const texts = textBuffer.data();
-            std::uint8_t* const lengths = lengthBuffer.data();
-            Parallel::ForRange(0, count, 1, work, [&](std::ptrdiff_t r0, std::ptrdiff_t r1) {
-                for (std::ptrdiff_t r = r0; r < r1; ++r) {
-                    const double* source = m.RowData(Count(first + r));
-                    const std::size_t base = std::size_t(r) * std::size_t(cols);
-                    for (int j = 0; j < cols; ++j)
-                        lengths[base + std::size_t(j)] = static_cast<std::uint8_t>(NumberToChars(
-                            source[j], texts + (base + std::size_t(j)) * stride, separator_));
-                }
-            });
-            for (int r = 0; r < count; ++r) {
-                const std::size_t base = std::size_t(r) * std::size_t(cols);
-                for (int j = 0; j < cols; ++j)
-                    views[std::size_t(j)] =
-                        std::string_view(textBuffer.data() + (base + std::size_t(j)) * stride,
-                                         lengthBuffer[base + std::size_t(j)]);
-                sheet_.SetRowTexts(caption + first + r, 2, views.data(), cols);
+        Batch batches[2] = {Batch(batchRows, cols), Batch(batchRows, cols)};
+        const double rowWork = 200.0 * double(cols);  // a text costs ~100 ns
+        const auto format = [&](Batch& batch, int first) {
+            batch.first = first;
+            batch.count = std::min(kRowsPerBatch, rows - first + 1);
+            batch.next = 0;
+        };
+        format(batches[0], 1);
+        Parallel::ForRange(0, batches[0].count, 1, rowWork * batches[0].count,
+                           [&](std::ptrdiff_t r0, std::ptrdiff_t r1) {
+                               for (std::ptrdiff_t r = r0; r < r1; ++r)
+                                   FormatRow(batches[0], int(r), m);
+                           });
+        for (int k = 0;; k ^= 1) {
+            Batch& ready = batches[k];
+            const int following = ready.first + ready.count;
+            if (following > rows) {
+                Append(ready, caption);
+                return;
             }
+            Batch& coming = batches[k ^ 1];
+            format(coming, following);
+            // Part 0 runs on this thread: it appends, then helps with the formatting.
+            const auto part = [&](std::ptrdiff_t index) {
+                if (index == 0) Append(ready, caption);
+                for (int r; (r = coming.next.fetch_add(1)) < coming.count;)
+                    FormatRow(coming, r, m);
+            };
+            if (Parallel::WorthSharing(rowWork * coming.count, 1.0e6)) {
+                Parallel::RunParts(
+                    Parallel::Workers(),
+                    [](void* context, std::ptrdiff_t index) {
+                        (*static_cast<decltype(part)*>(context))(index);
+                    },
+                    const_cast<void*>(static_cast<const void*>(&part)));
+            } else {
+                part(0);
+            }
+        }
+    }
+
+    // The texts of up to kRowsPerBatch rows of a block, each in a slot of NumberTextCapacity
+    // bytes, with their lengths.
+    struct Batch {
+        Batch(int rows, int cols)
+            : cols(cols),
+              texts(std::size_t(rows) * std::size_t(cols) * NumberTextCapacity),
+              lengths(std::size_t(rows) * std::size_t(cols)),
+              views(std::size_t(cols)) {}
+        int cols;
+        int first = 0;  // the block's row that the batch's row 0 holds
+        int count = 0;
+        std::atomic<int> next{0};  // the first row no thread has taken yet
+        std::vector<char> texts;
+        std::vector<std::uint8_t> lengths;
+        std::vector<std::string_view> views;
+    };
+
+    void FormatRow(Batch& batch, int r, const Matrix& m) const {
+        const double* source = m.RowData(Count(batch.first + r));
+        const std::size_t base = std::size_t(r) * std::size_t(batch.cols);
+        for (int j = 0; j < batch.cols; ++j)
+            batch.lengths[base + std::size_t(j)] = static_cast<std::uint8_t>(NumberToChars(
+                source[j], batch.texts.data() + (base + std::size_t(j)) * NumberTextCapacity,
+                separator_));
+    }
+
+    void Append(Batch& batch, int caption) {
+        for (int r = 0; r < batch.count; ++r) {
+            const std::size_t base = std::size_t(r) * std::size_t(batch.cols);
+            for (int j = 0; j < batch.cols; ++j)
+                batch.views[std::size_t(j)] = std::string_view(
+                    batch.texts.data() + (base + std::size_t(j)) * NumberTextCapacity,
+                    batch.lengths[base + std::size_t(j)]);
+            sheet_.SetRowTexts(caption + batch.first + r, 2, batch.views.data(), batch.cols);
         }
     }
 
