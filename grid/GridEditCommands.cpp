@@ -3,6 +3,7 @@
 #include <QUndoStack>
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "GridModel.h"
 
@@ -91,25 +92,50 @@ CellBlockCommand::CellBlockCommand(CellBlockCommand& done)
       wasEmpty_(done.wasEmpty_),
       skipRedo_(true) {}
 
+// While a step is carried out its new texts stand in the grid, so it keeps only the texts
+// from before; undoing it takes the new texts back from the grid first. A paste of millions
+// of cells thus costs no second copy of its texts for as long as it stays pasted.
 void CellBlockCommand::redo() {
-    if (skipRedo_) {
-        skipRedo_ = false;
-        return;
-    }
-    Write(&after_);
+    if (!skipRedo_) Write(&after_);
+    skipRedo_ = false;
+    // Swapped out rather than assigned an empty table, which would keep the text buffer.
+    TextTable released;
+    std::swap(after_, released);
 }
 
 void CellBlockCommand::undo() {
+    after_ = Read();
     Write(wasEmpty_ ? nullptr : &before_);
 }
 
-void CellBlockCommand::Write(const TextTable* texts) {
+std::size_t CellBlockCommand::Count() const {
     const std::size_t width = std::size_t(std::max(cells_.width(), 1));
-    const std::size_t count = whole_ ? width * std::size_t(cells_.height()) : changed_.size();
+    return whole_ ? width * std::size_t(cells_.height()) : changed_.size();
+}
+
+QPoint CellBlockCommand::Cell(std::size_t i) const {
+    const std::size_t width = std::size_t(std::max(cells_.width(), 1));
+    return whole_ ? QPoint(cells_.left() + int(i % width), cells_.top() + int(i / width))
+                  : changed_[i];
+}
+
+TextTable CellBlockCommand::Read() const {
+    const std::size_t count = Count();
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < count; ++i)
+        bytes += model_.CellUtf8(Cell(i).y(), Cell(i).x()).size();
+    TextTable texts;
+    texts.NewRow();
+    texts.Reserve(bytes, count);
+    for (std::size_t i = 0; i < count; ++i)
+        texts.AddCell(model_.CellUtf8(Cell(i).y(), Cell(i).x()));
+    return texts;
+}
+
+void CellBlockCommand::Write(const TextTable* texts) {
+    const std::size_t count = Count();
     for (std::size_t i = 0; i < count; ++i) {
-        const QPoint cell =
-            whole_ ? QPoint(cells_.left() + int(i % width), cells_.top() + int(i / width))
-                   : changed_[i];
+        const QPoint cell = Cell(i);
         if (cell.y() < model_.Rows() && cell.x() < model_.Cols())
             model_.SetCellText(
                 cell.y(), cell.x(),

@@ -1,7 +1,7 @@
 #pragma once
 // The grid's own edits as steps of its undo history. Each step keeps only the cells that
-// it changes, with their texts before and after in packed tables sized once, and the
-// history as a whole is held to a memory budget by dropping its oldest steps.
+// it changes, with their texts before (and, while undone, after) in packed tables sized once, and
+// the history as a whole is held to a memory budget by dropping its oldest steps.
 
 #include <QPoint>
 #include <QRect>
@@ -54,16 +54,21 @@ private:
     // Takes over another step that has been carried out, and is not carried out again
     // when it is pushed.
     explicit CellBlockCommand(CellBlockCommand& done);
-    // Writes the texts (nullptr: every text empty) into the changed cells, in order.
+    // How many cells the step changes, and the i-th of them.
+    std::size_t Count() const;
+    QPoint Cell(std::size_t i) const;
+    // The present texts of the changed cells, in order ("" outside the grid), and writes
+    // texts (nullptr: every text empty) into them.
+    TextTable Read() const;
     void Write(const TextTable* texts);
 
     GridModel& model_;
     QRect cells_;
     std::vector<QPoint> changed_;  // the cells whose text the step changes (x col, y row)
-    TextTable before_;             // their texts before and after, in one row each
-    TextTable after_;
-    bool whole_ = false;     // every cell of cells_ changes, row by row; changed_ is empty
-    bool wasEmpty_ = false;  // every changed cell was empty; before_ holds nothing
+    TextTable before_;             // their texts before and after, in one row each; the texts
+    TextTable after_;              // after only while the step is undone
+    bool whole_ = false;           // every cell of cells_ changes, row by row; changed_ is empty
+    bool wasEmpty_ = false;        // every changed cell was empty; before_ holds nothing
     bool skipRedo_ = false;
 };
 
