@@ -7,6 +7,7 @@
 // life of the program, so a split costs a wake-up rather than a thread start.
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 
 namespace Parallel {
@@ -65,6 +66,44 @@ void ForRange(std::ptrdiff_t first, std::ptrdiff_t last, std::ptrdiff_t grain, d
             (*s.body)(s.Bound(part), s.Bound(part + 1));
         },
         &split);
+}
+
+// Produces batches of items on every core and consumes them in order on the calling thread:
+// while the calling thread consumes batch k, the workers produce batch k + 1, and the calling
+// thread joins them once it is done. produce(batch, item) is called once for each item
+// 0 .. size(batch) - 1, from any thread; consume(batch) on the calling thread once all items
+// of that batch are produced. At most two batches are in hand at a time, so the caller can
+// keep them in two slots (batch % 2). `workPerItem` estimates an item's floating-point
+// operations, as for ForRange. Neither function may throw.
+template <class Size, class Produce, class Consume>
+void Pipeline(std::ptrdiff_t batches, Size size, double workPerItem, Produce&& produce,
+              Consume&& consume) {
+    if (batches <= 0) return;
+    ForRange(0, size(0), 1, workPerItem * double(size(0)),
+             [&](std::ptrdiff_t first, std::ptrdiff_t last) {
+                 for (std::ptrdiff_t item = first; item < last; ++item)
+                     produce(0, item);
+             });
+    for (std::ptrdiff_t batch = 0; batch + 1 < batches; ++batch) {
+        const std::ptrdiff_t next = batch + 1, count = size(next);
+        std::atomic<std::ptrdiff_t> taken{0};  // the first item of `next` no thread has taken
+        auto part = [&](std::ptrdiff_t index) {
+            if (index == 0) consume(batch);
+            for (std::ptrdiff_t item; (item = taken.fetch_add(1)) < count;)
+                produce(next, item);
+        };
+        if (WorthSharing(workPerItem * double(count), 1.0e6)) {
+            RunParts(
+                Workers(),
+                [](void* context, std::ptrdiff_t index) {
+                    (*static_cast<decltype(part)*>(context))(index);
+                },
+                &part);
+        } else {
+            part(0);
+        }
+    }
+    consume(batches - 1);
 }
 
 }  // namespace Parallel

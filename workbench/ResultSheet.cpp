@@ -1,7 +1,6 @@
 #include "ResultSheet.h"
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <cstdint>
 #include <string_view>
@@ -81,50 +80,23 @@ public:
 
 private:
     // The texts of a few rows at a time are formatted by all cores and go onto the sheet a row
-    // at a time, in order. While this thread puts one batch onto the sheet, the workers
-    // format the next; each thread that is free takes the next row still to be formatted.
+    // at a time, in order; while one batch goes onto the sheet, the workers format the next.
     void FastBlock(int caption, int rows, int cols, const Matrix& m) {
         constexpr int kRowsPerBatch = 64;
         const int batchRows = std::min(rows, kRowsPerBatch);
-        Batch batches[2] = {Batch(batchRows, cols), Batch(batchRows, cols)};
-        const double rowWork = 200.0 * double(cols);  // a text costs ~100 ns
-        const auto format = [&](Batch& batch, int first) {
-            batch.first = first;
-            batch.count = std::min(kRowsPerBatch, rows - first + 1);
-            batch.next = 0;
+        Batch held[2] = {Batch(batchRows, cols), Batch(batchRows, cols)};
+        const auto size = [&](std::ptrdiff_t batch) {
+            return std::min<std::ptrdiff_t>(kRowsPerBatch, rows - batch * kRowsPerBatch);
         };
-        format(batches[0], 1);
-        Parallel::ForRange(0, batches[0].count, 1, rowWork * batches[0].count,
-                           [&](std::ptrdiff_t r0, std::ptrdiff_t r1) {
-                               for (std::ptrdiff_t r = r0; r < r1; ++r)
-                                   FormatRow(batches[0], int(r), m);
-                           });
-        for (int k = 0;; k ^= 1) {
-            Batch& ready = batches[k];
-            const int following = ready.first + ready.count;
-            if (following > rows) {
-                Append(ready, caption);
-                return;
-            }
-            Batch& coming = batches[k ^ 1];
-            format(coming, following);
-            // Part 0 runs on this thread: it appends, then helps with the formatting.
-            const auto part = [&](std::ptrdiff_t index) {
-                if (index == 0) Append(ready, caption);
-                for (int r; (r = coming.next.fetch_add(1)) < coming.count;)
-                    FormatRow(coming, r, m);
-            };
-            if (Parallel::WorthSharing(rowWork * coming.count, 1.0e6)) {
-                Parallel::RunParts(
-                    Parallel::Workers(),
-                    [](void* context, std::ptrdiff_t index) {
-                        (*static_cast<decltype(part)*>(context))(index);
-                    },
-                    const_cast<void*>(static_cast<const void*>(&part)));
-            } else {
-                part(0);
-            }
-        }
+        Parallel::Pipeline(
+            (rows + kRowsPerBatch - 1) / kRowsPerBatch, size,
+            200.0 * double(cols),  // a text costs ~100 ns
+            [&](std::ptrdiff_t batch, std::ptrdiff_t r) {
+                FormatRow(held[batch % 2], int(batch * kRowsPerBatch + r + 1), int(r), m);
+            },
+            [&](std::ptrdiff_t batch) {
+                Append(held[batch % 2], int(size(batch)), caption + int(batch * kRowsPerBatch));
+            });
     }
 
     // The texts of up to kRowsPerBatch rows of a block, each in a slot of NumberTextCapacity
@@ -136,16 +108,14 @@ private:
               lengths(std::size_t(rows) * std::size_t(cols)),
               views(std::size_t(cols)) {}
         int cols;
-        int first = 0;  // the block's row that the batch's row 0 holds
-        int count = 0;
-        std::atomic<int> next{0};  // the first row no thread has taken yet
         std::vector<char> texts;
         std::vector<std::uint8_t> lengths;
         std::vector<std::string_view> views;
     };
 
-    void FormatRow(Batch& batch, int r, const Matrix& m) const {
-        const double* source = m.RowData(Count(batch.first + r));
+    // Row `row` of m into the batch's row r.
+    void FormatRow(Batch& batch, int row, int r, const Matrix& m) const {
+        const double* source = m.RowData(Count(row));
         const std::size_t base = std::size_t(r) * std::size_t(batch.cols);
         for (int j = 0; j < batch.cols; ++j)
             batch.lengths[base + std::size_t(j)] = static_cast<std::uint8_t>(NumberToChars(
@@ -153,14 +123,15 @@ private:
                 separator_));
     }
 
-    void Append(Batch& batch, int caption) {
-        for (int r = 0; r < batch.count; ++r) {
+    // The batch's first `count` rows onto the sheet, the first below row `above`.
+    void Append(Batch& batch, int count, int above) {
+        for (int r = 0; r < count; ++r) {
             const std::size_t base = std::size_t(r) * std::size_t(batch.cols);
             for (int j = 0; j < batch.cols; ++j)
                 batch.views[std::size_t(j)] = std::string_view(
                     batch.texts.data() + (base + std::size_t(j)) * NumberTextCapacity,
                     batch.lengths[base + std::size_t(j)]);
-            sheet_.SetRowTexts(caption + batch.first + r, 2, batch.views.data(), batch.cols);
+            sheet_.SetRowTexts(above + r + 1, 2, batch.views.data(), batch.cols);
         }
     }
 
