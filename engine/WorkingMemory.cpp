@@ -152,6 +152,16 @@ std::size_t HeldFree() {
     return held;
 }
 
+// The heap's free memory in blocks below its top.
+std::size_t FreeBelowTop() {
+#ifdef KELVARA_GLIBC_HEAP
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.fordblks - std::min(heap.fordblks, heap.keepcost);
+#else
+    return 0;
+#endif
+}
+
 // The page-aligned inside of a block.
 Range Inside(const void* block, std::size_t size) {
     constexpr std::uintptr_t kPage = 4096;
@@ -220,6 +230,11 @@ void Prepare() {
 void Expect(std::size_t bytes) {
     if (!prepared) return;
     const std::size_t need = Keep(bytes);
+    // Free memory held beyond the need (what a paste used for a while) would only add to
+    // the computation's peak: it goes back first. Trimming also hands back the free blocks
+    // below the heap's top, which are made ready anew; so the top keeps only what those
+    // blocks do not make up.
+    if (HeldFree() > need + kSlack) GiveBack(need - std::min(need, FreeBelowTop()));
     // Asked again, the same need tops up what the operands' cells took meanwhile: the free
     // memory still backed costs the thread next to nothing.
     if (need >= kLeast) {

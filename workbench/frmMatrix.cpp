@@ -479,22 +479,31 @@ void frmMatrix::mnuComp_Click() {
 // The fresh memory a Compute on the operands as now sized needs: each entry of the operands
 // and of a result of their size as a double and as a text on the sheet, less what the
 // sheet's present texts free when the Compute clears it; and, for operand cells still to be
-// filled in, their texts.
+// filled in, their texts. A text on the sheet takes about what the operands' texts take
+// per cell now (the sheet shows the same numbers); what it needs beyond that comes in
+// during the Compute, while memory prepared beyond the need would only raise the peak.
 std::size_t frmMatrix::ComputeBytes(bool cellsToCome) const {
-    constexpr double kBytesPerEntry = 20;  // measured: 18.5 at 3000 x 3000, 20 at 1000 x 1000
-    constexpr double kBytesPerCell = 10;
+    constexpr double kBytesPerDouble = 8;
+    constexpr double kBytesPerCellAtFirst = 10;  // before any operand cell is filled in
+    constexpr double kLeastBytesPerCell = 6;     // "0" and its reference
     const auto entries = [](const GridWidget& grid) {
         return double(grid.Rows() - 1) * double(grid.Cols() - 1);
     };
-    const auto unfilled = [&](const GridWidget& grid) {
+    const auto filled = [](const GridWidget& grid) {
         const GridModel& cells = grid.Model();
-        return std::max(0.0, entries(grid) - double(cells.LastUsedRow()) * cells.LastUsedCol());
+        return double(cells.LastUsedRow()) * cells.LastUsedCol();
     };
     const bool readsB = Grid2->Enabled();
     const double a = entries(*Grid1);
     const double b = readsB ? entries(*Grid2) : 0;
-    double bytes = kBytesPerEntry * (a + b + std::max(a, b));
-    if (cellsToCome) bytes += kBytesPerCell * (unfilled(*Grid1) + (readsB ? unfilled(*Grid2) : 0));
+    const double filledCells = filled(*Grid1) + (readsB ? filled(*Grid2) : 0);
+    const double filledBytes =
+        double(Grid1->Model().StorageBytes()) + (readsB ? double(Grid2->Model().StorageBytes()) : 0);
+    const double bytesPerCell = filledCells >= 1e5
+                                    ? std::max(filledBytes / filledCells, kLeastBytesPerCell)
+                                    : kBytesPerCellAtFirst;
+    double bytes = (kBytesPerDouble + bytesPerCell) * (a + b + std::max(a, b));
+    if (cellsToCome) bytes += bytesPerCell * std::max(0.0, a + b - filledCells);
     bytes -= double(Grid3->Model().StorageBytes());
     return bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
 }

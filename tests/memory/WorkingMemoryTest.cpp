@@ -67,6 +67,20 @@ TEST(WorkingMemoryTest, BackedOnlyForAComingComputationAndGivenBackAfter) {
     WorkingMemory::Expect(64 * kMB);  // the same need again keeps what is in hand
     EXPECT_GT(ResidentBytes(), atStart + 56 * kMB);
 
+    // A paste took 64 MB more for a while: asked again, the heap holds the need ready, not
+    // the paste's leftovers on top of it, which would only raise the computation's peak.
+    {
+        std::vector<std::unique_ptr<char[]>> pasted;
+        for (int i = 0; i < 128; ++i) {
+            pasted.push_back(std::make_unique_for_overwrite<char[]>(kMB));
+            std::memset(pasted.back().get(), i, kMB);
+        }
+    }
+    WorkingMemory::Expect(64 * kMB);
+    WorkingMemory::WaitForBacking();
+    EXPECT_GT(ResidentBytes(), atStart + 56 * kMB);
+    EXPECT_LT(ResidentBytes(), atStart + 88 * kMB);
+
     // Back to small operands: the memory goes back to the system.
     WorkingMemory::Expect(kMB);
     EXPECT_LE(WorkingMemory::Ready(), kMB);

@@ -133,8 +133,9 @@ TEST_F(WindowTest, CountBeyondTheRangeEndsTheProgram) {
 }
 
 // Sizes typed for large operands make memory ready for their cells and their Compute (A*B
-// of 1000 x 1000 by 1000 x 3: 20 bytes an entry of A, B and the result, 10 a cell of A and
-// B), in proportion to what the chosen operation reads; small sizes give it back.
+// of 1000 x 1000 by 1000 x 3: 8 bytes an entry of A, B and the result as a double, and as a
+// text what the operands' cells take, 10 bytes before there are any, at least 6), in
+// proportion to what the chosen operation reads; small sizes give it back.
 TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
     WorkingMemory::Prepare();
     window->Combo1->setCurrentIndex(5);
@@ -143,21 +144,22 @@ TEST_F(WindowTest, LargeSizesMakeMemoryReadyAndSmallOnesGiveItBack) {
     Type(window->Text2, "1000");
     window->Text3->setText("100");  // typed digit by digit, each count would be refused
     QTest::keyClick(window->Text3, Qt::Key_0);
-    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2003000 + 10 * 1003000));
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(18 * 2003000 + 10 * 1003000));
     window->Combo1->setCurrentIndex(4);  // A' reads no B
     Type(window->Text1, "999");
-    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(20 * 2 * 999000 + 10 * 999000));
+    EXPECT_EQ(WorkingMemory::Ready(), std::size_t(18 * 2 * 999000 + 10 * 999000));
     // Filled in, A's cells are no longer to come; what the sheet holds is not fresh memory.
+    // A's one text stands for 998 x 1000 cells: the sheet's texts take at least 6 bytes.
     window->Grid1->SetCellText(998, 1000, "1");
     window->Grid3->SetCellText(30, 10, QString(5000, '1'));
     window->Text1->setText("99");
     QTest::keyClick(window->Text1, Qt::Key_8);
     EXPECT_EQ(WorkingMemory::Ready(),
-              std::size_t(20 * 2 * 998000 - window->Grid3->Model().StorageBytes()));
+              std::size_t(14 * 2 * 998000 - window->Grid3->Model().StorageBytes()));
     Type(window->Text2, "3");
     WorkingMemory::WaitForBacking();
     EXPECT_EQ(WorkingMemory::Ready(),
-              std::size_t(20 * 2 * 2994 + 10 * 2994 - window->Grid3->Model().StorageBytes()));
+              std::size_t(18 * 2 * 2994 + 10 * 2994 - window->Grid3->Model().StorageBytes()));
     EXPECT_FALSE(WorkingMemory::Backing());
 }
 
