@@ -497,8 +497,8 @@ std::size_t frmMatrix::ComputeBytes(bool cellsToCome) const {
     const double a = entries(*Grid1);
     const double b = readsB ? entries(*Grid2) : 0;
     const double filledCells = filled(*Grid1) + (readsB ? filled(*Grid2) : 0);
-    const double filledBytes =
-        double(Grid1->Model().StorageBytes()) + (readsB ? double(Grid2->Model().StorageBytes()) : 0);
+    const double filledBytes = double(Grid1->Model().StorageBytes()) +
+                               (readsB ? double(Grid2->Model().StorageBytes()) : 0);
     const double bytesPerCell = filledCells >= 1e5
                                     ? std::max(filledBytes / filledCells, kLeastBytesPerCell)
                                     : kBytesPerCellAtFirst;
