@@ -199,15 +199,16 @@ void CellStore::Compact() {
 void CellStore::DropRowsFrom(int row) {
     const auto first = std::size_t(std::max(row, 0));
     if (first >= rows_.size()) return;
-    // Usually the rows that stay hold no text (a sheet emptied before it shrinks): then every
-    // text goes, and is forgotten without reading each one's length.
-    const bool keepsNoText = std::all_of(
-        rows_.begin(), rows_.begin() + std::ptrdiff_t(first), [](const std::vector<Ref>& cells) {
-            return std::all_of(cells.begin(), cells.end(), [](Ref ref) { return ref == 0; });
-        });
-    if (keepsNoText) {
-        deadBytes_ += liveBytes_;
-        liveBytes_ = 0;
+    // Usually few rows stay (a sheet cleared before it shrinks): then what they hold is
+    // counted, and every other text is forgotten at once, without reading each one's length.
+    if (first <= rows_.size() - first) {
+        std::size_t kept = 0;
+        for (std::size_t r = 0; r < first; ++r) {
+            for (Ref ref : rows_[r])
+                if (ref != 0) kept += StoredSize(Read(blocks_, ref).size());
+        }
+        deadBytes_ += liveBytes_ - kept;
+        liveBytes_ = kept;
     } else {
         for (std::size_t r = first; r < rows_.size(); ++r) {
             for (Ref ref : rows_[r])

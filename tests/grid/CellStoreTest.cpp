@@ -54,6 +54,31 @@ TEST_P(CellStoreBoundaries, LongTextsReadBackWithTheirNeighbours) {
 
 INSTANTIATE_TEST_SUITE_P(Fill, CellStoreBoundaries, ::testing::Values(0, 1, 3000));
 
+class CellStoreShrink : public ::testing::TestWithParam<int> {};
+
+// A sheet of 2000 rows by 300 columns shrinks to `GetParam()` rows, then to 11 columns: the
+// texts that stay read back intact, and the memory of the others goes.
+TEST_P(CellStoreShrink, KeepsWhatStaysAndFreesTheRest) {
+    const int keptRows = GetParam();
+    CellStore store;
+    const auto text = [](int row, int col) {
+        return Pattern(std::size_t(row + col) % 12, char(row * 7 + col));
+    };
+    for (int row = 0; row < 2000; ++row)
+        for (int col = 0; col < 300; ++col)
+            store.SetText(row, col, text(row, col), 300);
+    const std::size_t full = store.Bytes();
+    store.DropRowsFrom(keptRows);
+    store.DropColumnsFrom(11);
+    for (int row = 0; row < 2000; ++row)
+        for (int col = 0; col < 300; ++col)
+            ASSERT_EQ(store.Text(row, col), row < keptRows && col < 11 ? text(row, col) : "")
+                << row << ", " << col;
+    EXPECT_LT(store.Bytes(), full / 10);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, CellStoreShrink, ::testing::Values(0, 31, 1500));
+
 // On a machine with 160 MB to spare, filling a sheet ends with run-time error 7 before it
 // takes the last 64 MB, and what the store held stays readable.
 TEST(CellStoreMemory, GrowingPastWhatTheMachineHasRaises7) {
