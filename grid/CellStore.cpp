@@ -118,11 +118,7 @@ void CellStore::AddBlock(std::size_t size) {
 }
 
 CellStore::Ref CellStore::Append(std::string_view text) {
-    if (blocks_.empty()) {
-        AddBlock(nextBlockSize_);
-        current_ = 0;
-        fill_ = 1;  // byte 0 of block 0 is never used: reference 0 is the empty text
-    }
+    if (blocks_.empty()) OpenBlockFor(0);
     const std::size_t stored = StoredSize(text.size());
     std::size_t block;
     std::size_t position;
@@ -131,15 +127,7 @@ CellStore::Ref CellStore::Append(std::string_view text) {
         block = blocks_.size() - 1;
         position = 0;
     } else {
-        if (fill_ + stored > blocks_[current_].size) {
-            // The next block doubles the current one, and is at least large enough for
-            // the text that did not fit.
-            nextBlockSize_ = std::min(std::max(blocks_[current_].size * 2, std::bit_ceil(stored)),
-                                      kMaxBlockSize);
-            AddBlock(nextBlockSize_);
-            current_ = blocks_.size() - 1;
-            fill_ = 0;
-        }
+        if (fill_ + stored > blocks_[current_].size) OpenBlockFor(stored);
         block = current_;
         position = fill_;
         fill_ += stored;
@@ -154,6 +142,77 @@ CellStore::Ref CellStore::Append(std::string_view text) {
     std::memcpy(p, text.data(), text.size());
     liveBytes_ += stored;
     return static_cast<Ref>((block << kPositionBits) | position);
+}
+
+void CellStore::OpenBlockFor(std::size_t stored) {
+    if (blocks_.empty()) {
+        AddBlock(nextBlockSize_);
+        current_ = 0;
+        fill_ = 1;  // byte 0 of block 0 is never used: reference 0 is the empty text
+        if (fill_ + stored <= blocks_[current_].size) return;
+    }
+    // The next block doubles the current one, and is at least large enough for the text
+    // that did not fit.
+    nextBlockSize_ =
+        std::min(std::max(blocks_[current_].size * 2, std::bit_ceil(stored)), kMaxBlockSize);
+    AddBlock(nextBlockSize_);
+    current_ = blocks_.size() - 1;
+    fill_ = 0;
+}
+
+bool CellStore::SetPackedRow(int row, int firstCol, const PackedRow& texts, int rowWidth) {
+    const int count = texts.Count();
+    int last = count;  // one past the last non-empty text
+    while (last > 0 && texts.Start(last - 1) == texts.End(last - 1))
+        --last;
+    if (last == 0) return SetRowTexts(row, firstCol, nullptr, 0, rowWidth);
+    const auto r = std::size_t(row);
+    const auto first = std::size_t(firstCol);
+    const bool empty =
+        r >= rows_.size() || first >= rows_[r].size() ||
+        std::all_of(rows_[r].begin() + std::ptrdiff_t(first),
+                    rows_[r].begin() +
+                        std::ptrdiff_t(std::min(rows_[r].size(), first + std::size_t(count))),
+                    [](Ref ref) { return ref == 0; });
+    if (!empty || blocks_.size() + 64 >= kMaxBlocks) {
+        // Cells to compare and replace, or the arena near its last block number: text by text.
+        std::vector<std::string_view> views(static_cast<std::size_t>(count));
+        for (int i = 0; i < count; ++i)
+            views[std::size_t(i)] = texts.Text(i);
+        return SetRowTexts(row, firstCol, views.data(), count, rowWidth);
+    }
+    if (r >= rows_.size()) rows_.resize(r + 1);
+    auto& cells = rows_[r];
+    const std::size_t end = first + std::size_t(last);
+    if (cells.size() < end) {
+        const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
+        if (capacity > cells.capacity()) {
+            ChargeMemoryBudget((capacity - cells.capacity()) * sizeof(Ref));
+            cells.reserve(capacity);
+        }
+        cells.resize(end, 0);
+    }
+    // As many texts as the block being filled has room for go in with one copy. (A packed
+    // text is short: it always fits a block's share.)
+    for (int i = 0; i < last;) {
+        const std::size_t from = texts.Start(i);
+        if (blocks_.empty() || fill_ + (texts.End(i) - from) > blocks_[current_].size)
+            OpenBlockFor(texts.End(i) - from);
+        const std::size_t room = blocks_[current_].size - fill_;
+        int j = i + 1;
+        while (j < last && texts.End(j) - from <= room)
+            ++j;
+        const std::size_t size = texts.End(j - 1) - from;
+        std::memcpy(blocks_[current_].bytes.get() + fill_, texts.Bytes() + from, size);
+        const Ref base = static_cast<Ref>((current_ << kPositionBits) | fill_);
+        for (int k = i; k < j; ++k)
+            cells[first + std::size_t(k)] =
+                texts.Start(k) == texts.End(k) ? 0 : base + static_cast<Ref>(texts.Start(k) - from);
+        fill_ += size;
+        liveBytes_ += size;
+        i = j;
+    }
+    return true;
 }
 
 void CellStore::Forget(Ref ref) {

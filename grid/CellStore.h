@@ -7,6 +7,8 @@
 // length prefix. Overwriting a cell appends the new text and leaves the old bytes as
 // garbage; once the garbage outweighs the live texts, the arena is rebuilt.
 
+#include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -15,6 +17,8 @@
 
 class CellStore {
 public:
+    class PackedRow;
+
     CellStore() = default;
     CellStore(const CellStore&) = delete;
     CellStore& operator=(const CellStore&) = delete;
@@ -36,6 +40,11 @@ public:
     // SetText would one after another; the texts must not point into this store. Answers
     // whether any cell changed.
     bool SetRowTexts(int row, int firstCol, const std::string_view* texts, int count, int rowWidth);
+
+    // Sets cells (row, firstCol) .. (row, firstCol + texts.Count() - 1) to texts laid out
+    // as the store keeps them: taken in by copying their bytes in one piece per block.
+    // Answers whether any cell changed.
+    bool SetPackedRow(int row, int firstCol, const PackedRow& texts, int rowWidth);
 
     // A change that needs more memory than the machine can provide raises run-time
     // error 7 before it allocates.
@@ -87,6 +96,8 @@ private:
     }
 
     Ref Append(std::string_view text);
+    // Makes the block being filled one with room for `stored` more bytes.
+    void OpenBlockFor(std::size_t stored);
     void AddBlock(std::size_t size);
     // Charges bytes about to be allocated to the store's memory budget (run-time error 7
     // when the machine cannot provide them); allocates nothing itself.
@@ -103,4 +114,50 @@ private:
     std::size_t liveBytes_ = 0;
     std::size_t deadBytes_ = 0;
     std::size_t allowance_ = 0;  // bytes the store may still grow by before asking again
+};
+
+// The texts of a row of cells, each behind its length prefix as the store keeps them, so
+// that a row can be made ready on another thread and taken in with one copy. Reused from
+// row to row: Clear keeps the memory.
+class CellStore::PackedRow {
+public:
+    void Clear() {
+        starts_.clear();
+        used_ = 0;
+    }
+
+    // Room for the next text of at most `capacity` bytes (below 128): write it there, then
+    // call Commit with its length.
+    char* Reserve(std::size_t capacity) {
+        assert(capacity < 128);  // a one-byte length prefix
+        const std::size_t need = used_ + 1 + capacity;
+        if (need > bytes_.size()) bytes_.resize(std::max(need, 2 * bytes_.size()));
+        starts_.push_back(std::uint32_t(used_));
+        return bytes_.data() + used_ + 1;
+    }
+    void Commit(std::size_t length) {
+        // An empty text takes no bytes.
+        if (length > 0) {
+            bytes_[used_] = static_cast<char>(length);
+            used_ += 1 + length;
+        }
+    }
+
+    int Count() const { return int(starts_.size()); }
+    // Text i's bytes with their prefix, and the text itself.
+    std::size_t Start(int i) const { return starts_[std::size_t(i)]; }
+    std::size_t End(int i) const {
+        return std::size_t(i) + 1 < starts_.size() ? starts_[std::size_t(i) + 1] : used_;
+    }
+    const char* Bytes() const { return bytes_.data(); }
+    std::string_view Text(int i) const {
+        return Start(i) == End(i)
+                   ? std::string_view()
+                   : std::string_view(bytes_.data() + Start(i) + 1, End(i) - Start(i) - 1);
+    }
+
+private:
+    std::vector<char> bytes_;
+    std::vector<std::uint32_t> starts_;
+    std::size_t used_ = 0;
 };

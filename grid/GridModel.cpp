@@ -179,6 +179,26 @@ void GridModel::SetRowTexts(int row, int firstCol, const std::string_view* texts
     QueueFlush();
 }
 
+void GridModel::SetRowTexts(int row, int firstCol, const PackedRow& texts) {
+    const int count = texts.Count();
+    if (row <= 0 || firstCol <= 0 || count <= 0 || row >= kMaxIndex ||
+        count > kMaxIndex - firstCol) {
+        std::vector<std::string_view> views(std::size_t(std::max(count, 0)));
+        for (int i = 0; i < count; ++i)
+            views[std::size_t(i)] = texts.Text(i);
+        SetRowTexts(row, firstCol, views.data(), count);
+        return;
+    }
+    if (row >= d_->rows) SetRows(row + 1);
+    if (firstCol + count > d_->cols) SetCols(firstCol + count);
+    Storage& d = *d_;
+    if (!d.cells.SetPackedRow(row, firstCol, texts, d.cols)) return;
+    d.dirtyRows.Add(row);
+    d.dirtyCols.Add(firstCol);
+    d.dirtyCols.Add(firstCol + count - 1);
+    QueueFlush();
+}
+
 int GridModel::CellFormat(int row, int col) const {
     if (row < 0 || col < 0 || row >= d_->rows || col >= d_->cols) return 0;
     const auto found = d_->formats.find(FormatKey(row, col));

@@ -16,6 +16,8 @@
 #include <memory>
 #include <string_view>
 
+#include "CellStore.h"
+
 class GridModel : public QAbstractTableModel {
     Q_OBJECT
 
@@ -45,6 +47,9 @@ public:
     // The texts (UTF-8) of cells (row, firstCol) .. (row, firstCol + count - 1), written
     // as SetCellText would one after another, in one step.
     void SetRowTexts(int row, int firstCol, const std::string_view* texts, int count);
+    // The same for texts packed as the grid keeps them (made ready on any thread).
+    using PackedRow = CellStore::PackedRow;
+    void SetRowTexts(int row, int firstCol, const PackedRow& texts);
 
     // The display code of a cell; HeadingFormat marks a heading (drawn centred and bold).
     int CellFormat(int row, int col) const;

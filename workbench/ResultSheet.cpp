@@ -79,60 +79,38 @@ public:
     void TopRow(Count row) { sheet_.SetTopRow(row); }
 
 private:
-    // The texts of a few rows at a time are formatted by all cores and go onto the sheet a row
-    // at a time, in order; while one batch goes onto the sheet, the workers format the next.
+    // The texts of a few rows at a time are formatted by all cores, packed as the sheet keeps
+    // them, and go onto the sheet a row at a time, in order; while one batch goes onto the
+    // sheet, the workers format the next.
     void FastBlock(int caption, int rows, int cols, const Matrix& m) {
         constexpr int kRowsPerBatch = 64;
         const int batchRows = std::min(rows, kRowsPerBatch);
-        Batch held[2] = {Batch(batchRows, cols), Batch(batchRows, cols)};
+        std::vector<GridModel::PackedRow> held[2] = {
+            std::vector<GridModel::PackedRow>(std::size_t(batchRows)),
+            std::vector<GridModel::PackedRow>(std::size_t(batchRows))};
         const auto size = [&](std::ptrdiff_t batch) {
             return std::min<std::ptrdiff_t>(kRowsPerBatch, rows - batch * kRowsPerBatch);
         };
-        Parallel::Pipeline(
-            (rows + kRowsPerBatch - 1) / kRowsPerBatch, size,
-            200.0 * double(cols),  // a text costs ~100 ns
-            [&](std::ptrdiff_t batch, std::ptrdiff_t r) {
-                FormatRow(held[batch % 2], int(batch * kRowsPerBatch + r + 1), int(r), m);
-            },
-            [&](std::ptrdiff_t batch) {
-                Append(held[batch % 2], int(size(batch)), caption + int(batch * kRowsPerBatch));
-            });
+        Parallel::Pipeline((rows + kRowsPerBatch - 1) / kRowsPerBatch, size,
+                           200.0 * double(cols),  // a text costs ~100 ns
+                           [&](std::ptrdiff_t batch, std::ptrdiff_t r) {
+                               FormatRow(held[batch % 2][std::size_t(r)],
+                                         int(batch * kRowsPerBatch + r + 1), cols, m);
+                           },
+                           [&](std::ptrdiff_t batch) {
+                               const int above = caption + int(batch * kRowsPerBatch);
+                               for (int r = 0; r < int(size(batch)); ++r)
+                                   sheet_.SetRowTexts(above + r + 1, 2,
+                                                      held[batch % 2][std::size_t(r)]);
+                           });
     }
 
-    // The texts of up to kRowsPerBatch rows of a block, each in a slot of NumberTextCapacity
-    // bytes, with their lengths.
-    struct Batch {
-        Batch(int rows, int cols)
-            : cols(cols),
-              texts(std::size_t(rows) * std::size_t(cols) * NumberTextCapacity),
-              lengths(std::size_t(rows) * std::size_t(cols)),
-              views(std::size_t(cols)) {}
-        int cols;
-        std::vector<char> texts;
-        std::vector<std::uint8_t> lengths;
-        std::vector<std::string_view> views;
-    };
-
-    // Row `row` of m into the batch's row r.
-    void FormatRow(Batch& batch, int row, int r, const Matrix& m) const {
+    // Row `row` of m, its first `cols` entries.
+    void FormatRow(GridModel::PackedRow& texts, int row, int cols, const Matrix& m) const {
         const double* source = m.RowData(Count(row));
-        const std::size_t base = std::size_t(r) * std::size_t(batch.cols);
-        for (int j = 0; j < batch.cols; ++j)
-            batch.lengths[base + std::size_t(j)] = static_cast<std::uint8_t>(NumberToChars(
-                source[j], batch.texts.data() + (base + std::size_t(j)) * NumberTextCapacity,
-                separator_));
-    }
-
-    // The batch's first `count` rows onto the sheet, the first below row `above`.
-    void Append(Batch& batch, int count, int above) {
-        for (int r = 0; r < count; ++r) {
-            const std::size_t base = std::size_t(r) * std::size_t(batch.cols);
-            for (int j = 0; j < batch.cols; ++j)
-                batch.views[std::size_t(j)] = std::string_view(
-                    batch.texts.data() + (base + std::size_t(j)) * NumberTextCapacity,
-                    batch.lengths[base + std::size_t(j)]);
-            sheet_.SetRowTexts(above + r + 1, 2, batch.views.data(), batch.cols);
-        }
+        texts.Clear();
+        for (int j = 0; j < cols; ++j)
+            texts.Commit(NumberToChars(source[j], texts.Reserve(NumberTextCapacity), separator_));
     }
 
     GridModel& sheet_;

@@ -54,6 +54,32 @@ TEST_P(CellStoreBoundaries, LongTextsReadBackWithTheirNeighbours) {
 
 INSTANTIATE_TEST_SUITE_P(Fill, CellStoreBoundaries, ::testing::Values(0, 1, 3000));
 
+// Packed rows go in whole across block boundaries, next to texts already there, and over
+// rows that hold texts (then text by text); empty texts in them leave cells empty.
+TEST_P(CellStoreBoundaries, PackedRowsReadBackAsWritten) {
+    const int used = GetParam();
+    CellStore store;
+    for (int i = 0; i < used; ++i)
+        store.SetText(i % 7, i % 600, Pattern(std::size_t(i % 50), char(i)), 600);
+    const auto text = [](int row, int col) {
+        return (row + col) % 11 == 0 ? std::string()
+                                     : Pattern(std::size_t(row * 3 + col) % 100, char(row + col));
+    };
+    CellStore::PackedRow packed;
+    for (int row = 0; row < 300; ++row) {
+        packed.Clear();
+        for (int col = 0; col < 500; ++col) {
+            const std::string t = text(row, col);
+            packed.Commit(t.copy(packed.Reserve(t.size()), t.size()));
+        }
+        store.SetPackedRow(row, 1, packed, 600);
+    }
+    for (int row = 0; row < 300; ++row) {
+        for (int col = 0; col < 500; ++col)
+            ASSERT_EQ(store.Text(row, col + 1), text(row, col)) << row << ", " << col;
+    }
+}
+
 class CellStoreShrink : public ::testing::TestWithParam<int> {};
 
 // A sheet of 2000 rows by 300 columns shrinks to `GetParam()` rows, then to 11 columns: the
