@@ -4,6 +4,7 @@
 
 #include "Checked.h"
 #include "GridModel.h"
+#include "NumberText.h"
 #include "NumericValue.h"
 #include "Parallel.h"
 #include "RuntimeError.h"
@@ -21,11 +22,18 @@ void ReadOneByOne(const GridModel& grid, std::int16_t rows, std::int16_t cols, M
 
 }  // namespace
 
-void ReadOperandEntries(const GridModel& grid, std::int16_t rows, std::int16_t cols, Matrix& m) {
+void ReadOperandEntries(const GridModel& grid, std::int16_t rows, std::int16_t cols, Matrix& m,
+                        TypedTexts* typed, char separator) {
+    if (typed != nullptr) typed->Forget();
     // Counts that would overflow a counter, or a matrix too small, take the checked loop.
     if (rows < 1 || cols < 1 || rows == 32767 || cols == 32767 || !m.Covers(rows, cols)) {
         ReadOneByOne(grid, rows, cols, m);
         return;
+    }
+    TypedTexts noted;
+    if (typed != nullptr) {
+        noted.wordsPerRow = (std::size_t(cols) + 63) / 64;
+        noted.bits.assign(std::size_t(rows) * noted.wordsPerRow, 0);
     }
     std::atomic<bool> failed{false};
     const double work = 300.0 * double(rows) * double(cols);  // a cell costs ~100 ns
@@ -33,13 +41,30 @@ void ReadOperandEntries(const GridModel& grid, std::int16_t rows, std::int16_t c
         try {
             for (std::ptrdiff_t r = r0; r < r1; ++r) {
                 double* row = m.RowData(std::int16_t(r + 1));
-                for (std::int16_t j = 1; j <= cols; ++j)
-                    row[j - 1] = NumericValue(grid.CellUtf8(int(r + 1), j));
+                std::uint64_t* bits = noted.bits.empty()
+                                          ? nullptr
+                                          : noted.bits.data() + std::size_t(r) * noted.wordsPerRow;
+                for (std::int16_t j = 1; j <= cols; ++j) {
+                    const std::string_view text = grid.CellUtf8(int(r + 1), j);
+                    row[j - 1] = NumericValue(text);
+                    if (bits != nullptr && IsNumberText(text, separator))
+                        bits[std::size_t(j - 1) / 64] |= std::uint64_t(1) << ((j - 1) % 64);
+                }
             }
         } catch (const RuntimeError&) {
             failed = true;  // a text beyond the range of a double
         }
     });
     // Read again in order, so that the error comes at its own cell.
-    if (failed) ReadOneByOne(grid, rows, cols, m);
+    if (failed) {
+        ReadOneByOne(grid, rows, cols, m);
+        return;
+    }
+    if (typed != nullptr) {
+        noted.grid = &grid;
+        noted.separator = separator;
+        noted.rows = rows;
+        noted.cols = cols;
+        *typed = std::move(noted);
+    }
 }

@@ -78,6 +78,7 @@ void LUDecomposition(Operands& s, ResultSheet& sheet) {
     Matrix L, U;
     L.Resize(s.RowsA, s.RowsA);
     U.Resize(s.RowsA, s.RowsA);
+    s.TypedA.Forget();  // the engine may work on A in place
     if (MatrixModule::DecomposeLU(s.RowsA, s.MatA, L, U))
         sheet.ShowLUResult(s.RowsA, s.MatA, L, U);
     else
@@ -88,6 +89,7 @@ void QRDecomposition(Operands& s, ResultSheet& sheet) {
     Matrix R, Q;
     R.Resize(s.RowsA, s.ColsA);
     Q.Resize(s.RowsA, s.RowsA);
+    s.TypedA.Forget();  // the engine may work on A in place
     if (MatrixModule::DecomposeQR(s.RowsA, s.ColsA, s.MatA, R, Q))
         sheet.ShowQRResult(s.RowsA, s.ColsA, s.MatA, R, Q);
     else

@@ -31,7 +31,8 @@ constexpr std::string_view kFailed = "Failed.";
 // Writes cells onto the sheet one at a time, in the order the report reads.
 class Writer {
 public:
-    Writer(GridModel& sheet, char separator) : sheet_(sheet), separator_(separator) {}
+    Writer(GridModel& sheet, char separator, const Operands& window)
+        : sheet_(sheet), separator_(separator), window_(window) {}
 
     // Step 2 and 3 of every report: grows the sheet (never shrinks it) to its needs. The
     // column need is worked out only once the rows have grown.
@@ -91,11 +92,12 @@ private:
         const auto size = [&](std::ptrdiff_t batch) {
             return std::min<std::ptrdiff_t>(kRowsPerBatch, rows - batch * kRowsPerBatch);
         };
+        const TypedTexts* typed = TypedFor(m, rows, cols);
         Parallel::Pipeline((rows + kRowsPerBatch - 1) / kRowsPerBatch, size,
                            200.0 * double(cols),  // a text costs ~100 ns
                            [&](std::ptrdiff_t batch, std::ptrdiff_t r) {
                                FormatRow(held[batch % 2][std::size_t(r)],
-                                         int(batch * kRowsPerBatch + r + 1), cols, m);
+                                         int(batch * kRowsPerBatch + r + 1), cols, m, typed);
                            },
                            [&](std::ptrdiff_t batch) {
                                const int above = caption + int(batch * kRowsPerBatch);
@@ -105,16 +107,37 @@ private:
                            });
     }
 
-    // Row `row` of m, its first `cols` entries.
-    void FormatRow(GridModel::PackedRow& texts, int row, int cols, const Matrix& m) const {
+    // Row `row` of m, its first `cols` entries; a typed text as it stands.
+    void FormatRow(GridModel::PackedRow& texts, int row, int cols, const Matrix& m,
+                   const TypedTexts* typed) const {
         const double* source = m.RowData(Count(row));
         texts.Clear();
-        for (int j = 0; j < cols; ++j)
-            texts.Commit(NumberToChars(source[j], texts.Reserve(NumberTextCapacity), separator_));
+        for (int j = 0; j < cols; ++j) {
+            if (typed != nullptr && typed->Typed(row, j + 1)) {
+                const std::string_view text = typed->grid->CellUtf8(row, j + 1);
+                texts.Commit(text.copy(texts.Reserve(text.size()), text.size()));
+            } else {
+                texts.Commit(
+                    NumberToChars(source[j], texts.Reserve(NumberTextCapacity), separator_));
+            }
+        }
+    }
+
+    // The typed texts of the window's operand that m is, when they are known for every entry
+    // of a block of rows x cols.
+    const TypedTexts* TypedFor(const Matrix& m, int rows, int cols) const {
+        const TypedTexts* typed = &m == &window_.MatA   ? &window_.TypedA
+                                  : &m == &window_.MatB ? &window_.TypedB
+                                                        : nullptr;
+        if (typed == nullptr || typed->grid == nullptr || typed->separator != separator_ ||
+            rows > typed->rows || cols > typed->cols)
+            return nullptr;
+        return typed;
     }
 
     GridModel& sheet_;
     char separator_;
+    const Operands& window_;
 };
 
 }  // namespace
@@ -149,7 +172,7 @@ namespace {
 void ShowTwoOperandResult(GridModel& sheet, const Operands& window, char separator,
                           std::string_view caption, Count rA, Count cA, const Matrix& A,
                           const Matrix& B, const Matrix& C) {
-    Writer out(sheet, separator);
+    Writer out(sheet, separator, window);
     out.Grow([&] { return Add(Times(3, rA), 6); }, [&] { return Add(cA, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, rA, cA, A);
@@ -166,9 +189,10 @@ void ShowTwoOperandResult(GridModel& sheet, const Operands& window, char separat
 
 // The two decomposition failures: A, then the two factors' captions each with "Failed."
 // right under it.
-void ShowFactorsFailed(GridModel& sheet, char separator, std::string_view first,
-                       std::string_view second, Count rows, Count cols, const Matrix& A) {
-    Writer out(sheet, separator);
+void ShowFactorsFailed(GridModel& sheet, const Operands& window, char separator,
+                       std::string_view first, std::string_view second, Count rows, Count cols,
+                       const Matrix& A) {
+    Writer out(sheet, separator, window);
     out.Grow([&] { return Add(Times(3, rows), 6); }, [&] { return Add(rows, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, rows, cols, A);
@@ -203,7 +227,7 @@ void ResultSheet::ShowScalarMultipleResult(std::int16_t rows, std::int16_t cols,
                                            const Matrix& /*A: the window's MatA is shown*/,
                                            const Matrix& C) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     out.Grow([&] { return Add(Times(2, rows), 4); }, [&] { return Add(cols, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, rows, cols, window_.MatA);
@@ -219,7 +243,7 @@ void ResultSheet::ShowScalarMultipleResult(std::int16_t rows, std::int16_t cols,
 void ResultSheet::ShowTransposeResult(std::int16_t rows, std::int16_t cols, const Matrix& A,
                                       const Matrix& T) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     // The rows are sized by A's row count twice, although the transpose has cols rows.
     out.Grow([&] { return Add(Times(2, rows), 4); }, [&] { return Add(std::max(rows, cols), 2); });
     out.Text(1, 1, "A =");
@@ -233,7 +257,7 @@ void ResultSheet::ShowTransposeResult(std::int16_t rows, std::int16_t cols, cons
 void ResultSheet::ShowProductResult(std::int16_t rowsA, std::int16_t colsA, std::int16_t colsB,
                                     const Matrix& A, const Matrix& B, const Matrix& C) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     out.Grow([&] { return Add(Times(3, rowsA), 6); }, [&] { return Add(colsA, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, rowsA, colsA, A);
@@ -250,7 +274,7 @@ void ResultSheet::ShowProductResult(std::int16_t rowsA, std::int16_t colsA, std:
 
 void ResultSheet::ShowDeterminantResult(std::int16_t n, const Matrix& A, double det) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     out.Grow([&] { return Add(n, 4); }, [&] { return Add(n, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, n, n, A);
@@ -261,7 +285,7 @@ void ResultSheet::ShowDeterminantResult(std::int16_t n, const Matrix& A, double 
 
 void ResultSheet::ShowInverseResult(bool ok, std::int16_t n, const Matrix& A, const Matrix& Inv) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     out.Grow([&] { return Add(Times(2, n), 4); }, [&] { return Add(n, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, n, n, A);
@@ -278,7 +302,7 @@ void ResultSheet::ShowInverseResult(bool ok, std::int16_t n, const Matrix& A, co
 void ResultSheet::ShowRankResult(std::int16_t rows, std::int16_t cols, const Matrix& A,
                                  std::int16_t rank) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     out.Grow([&] { return Add(rows, 4); }, [&] { return Add(cols, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, rows, cols, A);
@@ -289,7 +313,7 @@ void ResultSheet::ShowRankResult(std::int16_t rows, std::int16_t cols, const Mat
 
 void ResultSheet::ShowLUResult(std::int16_t n, const Matrix& A, const Matrix& L, const Matrix& U) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     out.Grow([&] { return Add(Times(3, n), 6); }, [&] { return Add(n, 2); });
     out.Text(1, 1, "A =");
     out.Block(1, n, n, A);
@@ -306,13 +330,13 @@ void ResultSheet::ShowLUResult(std::int16_t n, const Matrix& A, const Matrix& L,
 void ResultSheet::ShowLUFailure(std::int16_t n, const Matrix& A, const Matrix& /*L*/,
                                 const Matrix& /*U*/) {
     ClearResultSheet();
-    ShowFactorsFailed(sheet_, separator_, "L =", "U =", n, n, A);
+    ShowFactorsFailed(sheet_, window_, separator_, "L =", "U =", n, n, A);
 }
 
 void ResultSheet::ShowQRResult(std::int16_t m, std::int16_t p, const Matrix& A, const Matrix& R,
                                const Matrix& Q) {
     ClearResultSheet();
-    Writer out(sheet_, separator_);
+    Writer out(sheet_, separator_, window_);
     // Both needs come from the row count m: a wide A reaches past the columns asked for.
     out.Grow([&] { return Add(Times(3, m), 6); }, [&] { return Add(m, 2); });
     out.Text(1, 1, "A =");
@@ -329,5 +353,5 @@ void ResultSheet::ShowQRResult(std::int16_t m, std::int16_t p, const Matrix& A, 
 void ResultSheet::ShowQRFailure(std::int16_t m, std::int16_t p, const Matrix& A,
                                 const Matrix& /*R*/, const Matrix& /*Q*/) {
     ClearResultSheet();
-    ShowFactorsFailed(sheet_, separator_, "R =", "Q =", m, p, A);
+    ShowFactorsFailed(sheet_, window_, separator_, "R =", "Q =", m, p, A);
 }

@@ -87,8 +87,9 @@ void SizeAndNumberColumns(GridWidget& grid) {
 }
 
 // The operand's entries from its grid, row by row; the heading row and column are not read.
-void ReadEntries(const GridWidget& grid, std::int16_t rows, std::int16_t cols, Matrix& m) {
-    ReadOperandEntries(grid.Model(), rows, cols, m);
+void ReadEntries(const GridWidget& grid, std::int16_t rows, std::int16_t cols, Matrix& m,
+                 TypedTexts& typed, char separator) {
+    ReadOperandEntries(grid.Model(), rows, cols, m, &typed, separator);
 }
 
 // The characters and released keys each kind of box lets through. The key numbers are the
@@ -458,12 +459,13 @@ void frmMatrix::mnuComp_Click() {
     s.RowsA = DimensionOf(Text1);
     s.ColsA = DimensionOf(Text2);
     s.MatA.Resize(s.RowsA, s.ColsA);
-    ReadEntries(*Grid1, s.RowsA, s.ColsA, s.MatA);
+    const char separator = platform_.DecimalSeparator();
+    ReadEntries(*Grid1, s.RowsA, s.ColsA, s.MatA, s.TypedA, separator);
     if (Grid2->Enabled()) {
         s.RowsB = DimensionOf(Text3);
         s.ColsB = DimensionOf(Text4);
         s.MatB.Resize(s.RowsB, s.ColsB);
-        ReadEntries(*Grid2, s.RowsB, s.ColsB, s.MatB);
+        ReadEntries(*Grid2, s.RowsB, s.ColsB, s.MatB, s.TypedB, separator);
     }
     if (Text5->isEnabled()) s.ConstC = ValueOf(Text5->text());
 
@@ -471,6 +473,9 @@ void frmMatrix::mnuComp_Click() {
         if (const OperationRow* chosen = Chosen(*Combo1)) chosen->compute(s, *sheet_);
     if (Option2->isChecked())
         if (const OperationRow* chosen = Chosen(*Combo2)) chosen->compute(s, *sheet_);
+    // The cells may change from now on.
+    s.TypedA.Forget();
+    s.TypedB.Forget();
     // The next Compute of these sizes reuses what this one frees; after a large one, what is
     // held beyond them goes back.
     WorkingMemory::Keep(ComputeBytes());

@@ -7,6 +7,7 @@
 
 #include "EngineTestSupport.h"
 #include "NumberText.h"
+#include "NumericValue.h"
 
 namespace {
 
@@ -92,6 +93,58 @@ TEST(NumberToText, AgreesWithPrintf) {
     // Integers below 2^53 are exact, so these are true ties.
     for (std::int64_t m = 1000000000000005; m < 9007199254740992; m += 1000000000000010)
         ExpectSameAsPrintf(double(m));
+}
+
+// A cell text the sheet can show as it stands must be the sheet's own text for its value;
+// and every positional text the sheet writes must be recognised, or typed cells would never
+// be shown as typed.
+TEST(IsNumberText, HoldsExactlyForTheSheetsOwnTexts) {
+    for (const char* text : {"0", "7", "-7", "0.5", "-0.0001", "123456789012345", "1.25",
+                             "-99999999999999.9", "0.000123456789012345"})
+        EXPECT_TRUE(IsNumberText(text)) << text;
+    for (const char* text : {"",
+                             "-",
+                             "-0",
+                             "00",
+                             "01",
+                             ".5",
+                             "5.",
+                             "1.50",
+                             "+1",
+                             " 1",
+                             "1 ",
+                             "1e5",
+                             "0.00001",
+                             "1234567890123456",
+                             "1.234567890123456",
+                             "1,5",
+                             "0.0",
+                             "-0.0",
+                             "1..2",
+                             "--1"})
+        EXPECT_FALSE(IsNumberText(text)) << text;
+    EXPECT_TRUE(IsNumberText("12", ','));
+    EXPECT_FALSE(IsNumberText("1.5", ','));
+
+    std::mt19937_64 random(20261125);
+    std::uniform_int_distribution<int> length(0, 18), digit(0, 9), coin(0, 3);
+    for (int k = 0; k < 300000; ++k) {
+        std::string text = coin(random) == 0 ? "-" : "";
+        for (int n = length(random); n > 0; --n)
+            text += char('0' + (coin(random) == 0 ? 0 : digit(random)));
+        if (coin(random) != 0) {
+            text += '.';
+            for (int n = length(random); n > 0; --n)
+                text += char('0' + (coin(random) == 0 ? 0 : digit(random)));
+        }
+        const std::string shown = NumberToText(NumericValue(text));
+        if (IsNumberText(text)) {
+            ASSERT_EQ(shown, text);
+        }
+        if (shown.find('E') == std::string::npos) {
+            ASSERT_TRUE(IsNumberText(shown)) << shown;
+        }
+    }
 }
 
 }  // namespace

@@ -90,6 +90,24 @@ INSTANTIATE_TEST_SUITE_P(Operations, ComputeTest, ::testing::Values(
     ByName());
 // clang-format on
 
+// Typed cells reach the sheet in its own number form, with the user's decimal separator:
+// a cell is shown as typed only where that is the form.
+class TypedFormsTest : public WindowTest, public ::testing::WithParamInterface<char> {};
+
+TEST_P(TypedFormsTest, ShowsTheOperandsInTheSheetsForm) {
+    platform.decimalSeparator = GetParam();
+    window = std::make_unique<frmMatrix>(platform);
+    Fill(window->Text1, window->Text2, window->Grid1, "1.50 .5 -0 007 1e2 0.00001 2.5 -3.25 12");
+    Fill(window->Text3, window->Text4, window->Grid2, "0 0 0 0 0 0 0 0 0");
+    window->Combo1->setCurrentIndex(0);
+    window->mnuComp->trigger();
+    const QString shown = QString("|1.5|0.5|0|7|100|1E-05|2.5|-3.25|12").replace('.', GetParam());
+    EXPECT_EQ(SheetRow(2), shown);
+    EXPECT_EQ(SheetRow(8), shown);  // the sum with zeros
+}
+
+INSTANTIATE_TEST_SUITE_P(Separators, TypedFormsTest, ::testing::Values('.', ','));
+
 TEST_F(WindowTest, ComputeReadsCountsAsTypedAndKeepsBWhileItIsDisabled) {
     Fill(window->Text1, window->Text2, window->Grid1, "1 2;3 4");
     Fill(window->Text3, window->Text4, window->Grid2, "5 6;7 8");
