@@ -6,6 +6,8 @@
 #include <cstring>
 #include <limits>
 
+#include "PlainDecimal.h"
+
 // How the 15 correctly rounded significant digits are found, fast:
 //
 // std::to_chars without a precision gives the shortest digits that read back as the same
@@ -228,27 +230,6 @@ std::string NumberToText(double value, char decimalSeparator) {
 }
 
 bool IsNumberText(std::string_view text, char decimalSeparator) {
-    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-    const char* p = text.data();
-    const char* const end = p + text.size();
-    const bool negative = p != end && *p == '-';
-    if (negative) ++p;
-    const char* const whole = p;
-    while (p != end && isDigit(*p))
-        ++p;
-    const std::size_t wholeDigits = std::size_t(p - whole);
-    if (wholeDigits == 0 || (wholeDigits > 1 && *whole == '0')) return false;
-    if (p == end) return wholeDigits <= 15 && !(negative && *whole == '0');
-    if (*p != '.' || decimalSeparator != '.') return false;
-    const char* const decimals = ++p;
-    while (p != end && isDigit(*p))
-        ++p;
-    // The decimals end in a nonzero digit: the value is not zero.
-    if (p != end || p == decimals || end[-1] == '0') return false;
-    const std::size_t decimalDigits = std::size_t(end - decimals);
-    if (*whole != '0') return wholeDigits + decimalDigits <= 15;
-    std::size_t zeros = 0;
-    while (decimals[zeros] == '0')
-        ++zeros;
-    return zeros <= 3 && decimalDigits - zeros <= 15;  // from 0.0001 on
+    const PlainDecimal plain = ReadPlainDecimal(text);
+    return plain.numberText && (decimalSeparator == '.' || !plain.point);
 }

@@ -15,7 +15,8 @@ std::size_t NumberToChars(double value, char* buffer, char decimalSeparator = '.
 std::string NumberToText(double value, char decimalSeparator = '.');
 
 // Whether NumberToChars writes exactly this text for the value NumericValue reads from it:
-// a positional number from 1E-04 to below 1E+15 of at most 15 significant digits, "-" only
-// before a nonzero value, no zeros in front, none at the end of the decimals, and "." as the
-// separator (the one NumericValue reads). So a cell typed in that form can be shown as it is.
+// a positional number from 1E-04 to below 1E+15 of at most 15 significant digits and 15
+// decimals, "-" only before a nonzero value, no zeros in front, none at the end of the
+// decimals, and "." as the separator (the one NumericValue reads). So a cell typed in that
+// form can be shown as it is.
 bool IsNumberText(std::string_view text, char decimalSeparator = '.');

@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 
+#include "PlainDecimal.h"
 #include "RuntimeError.h"
 
 // The number is gathered, without the skipped blanks, into a compact text that
@@ -151,43 +152,12 @@ double RadixInteger(Reader& reader, std::size_t textLength) {
     return HexadecimalDigitsValue(hex);
 }
 
-// The common case, a whole text of the form [-]digits[.digits] with at most 15 significant
-// digits and 15 decimals: N / 10^k with both N and 10^k exact doubles, so the one correctly
-// rounded division is the value the general path finds. Answers false for any other text.
-bool PlainDecimal(std::string_view text, double& value) {
-    constexpr double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    const char* p = text.data();
-    const char* const end = p + text.size();
-    const bool negative = p != end && *p == '-';
-    if (negative) ++p;
-    unsigned long long whole = 0;
-    int digits = 0, decimals = 0;
-    bool point = false, anyDigit = false;
-    for (; p != end; ++p) {
-        if (IsDigit(*p)) {
-            anyDigit = true;
-            if (whole != 0 || *p != '0') ++digits;
-            whole = whole * 10 + unsigned(*p - '0');
-            if (point) ++decimals;
-            if (digits > 15 || decimals > 15) return false;
-        } else if (*p == '.' && !point) {
-            point = true;
-        } else {
-            return false;
-        }
-    }
-    if (!anyDigit) return false;
-    value = whole == 0 ? 0.0 : double(whole) / kPowers[decimals];
-    if (negative) value = -value;
-    if (value == 0.0) value = 0.0;  // zero is always +0
-    return true;
-}
-
 }  // namespace
 
 double NumericValue(std::string_view text) {
-    if (double value; PlainDecimal(text, value)) return value;
+    // The common case: N / 10^k with both exact doubles, so the one correctly rounded
+    // division is the value the general path finds.
+    if (const PlainDecimal plain = ReadPlainDecimal(text); plain.plain) return plain.Value();
     Reader reader(text);
     char c = reader.Peek();
     if (c == '&') {
@@ -263,6 +233,12 @@ double NumericValue(std::string_view text) {
     }
     if (value == 0.0) return 0.0;
     return negative ? -value : value;
+}
+
+double NumericValue(std::string_view text, char decimalSeparator, bool& numberText) {
+    const PlainDecimal plain = ReadPlainDecimal(text);
+    numberText = plain.numberText && (decimalSeparator == '.' || !plain.point);
+    return plain.plain ? plain.Value() : NumericValue(text);
 }
 
 std::int16_t ReadDimension(std::string_view text) {

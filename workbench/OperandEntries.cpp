@@ -4,7 +4,6 @@
 
 #include "Checked.h"
 #include "GridModel.h"
-#include "NumberText.h"
 #include "NumericValue.h"
 #include "Parallel.h"
 #include "RuntimeError.h"
@@ -45,9 +44,9 @@ void ReadOperandEntries(const GridModel& grid, std::int16_t rows, std::int16_t c
                                           ? nullptr
                                           : noted.bits.data() + std::size_t(r) * noted.wordsPerRow;
                 for (std::int16_t j = 1; j <= cols; ++j) {
-                    const std::string_view text = grid.CellUtf8(int(r + 1), j);
-                    row[j - 1] = NumericValue(text);
-                    if (bits != nullptr && IsNumberText(text, separator))
+                    bool numberText = false;
+                    row[j - 1] = NumericValue(grid.CellUtf8(int(r + 1), j), separator, numberText);
+                    if (bits != nullptr && numberText)
                         bits[std::size_t(j - 1) / 64] |= std::uint64_t(1) << ((j - 1) % 64);
                 }
             }
