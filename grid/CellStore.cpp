@@ -69,15 +69,7 @@ bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts
         return changed;
     }
     auto& cells = rows_[r];
-    const std::size_t end = std::size_t(firstCol) + std::size_t(last);
-    if (cells.size() < end) {
-        const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
-        if (capacity > cells.capacity()) {
-            ChargeMemoryBudget((capacity - cells.capacity()) * sizeof(Ref));
-            cells.reserve(capacity);
-        }
-        cells.resize(end, 0);
-    }
+    Widen(cells, std::size_t(firstCol) + std::size_t(last), rowWidth);
     bool changed = false, forgot = false;
     const std::size_t stop = std::min(cells.size(), std::size_t(firstCol) + std::size_t(count));
     for (std::size_t c = std::size_t(firstCol); c < stop; ++c) {
@@ -90,6 +82,17 @@ bool CellStore::SetRowTexts(int row, int firstCol, const std::string_view* texts
     }
     if (forgot) CompactIfWasteful();
     return changed;
+}
+
+// A row written up to column end - 1 at once: its array takes the whole grid's width.
+void CellStore::Widen(std::vector<Ref>& cells, std::size_t end, int rowWidth) {
+    if (cells.size() >= end) return;
+    const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
+    if (capacity > cells.capacity()) {
+        ChargeMemoryBudget((capacity - cells.capacity()) * sizeof(Ref));
+        cells.reserve(capacity);
+    }
+    cells.resize(end, 0);
 }
 
 // Every allocation of the store is charged here before it is made. Once the allowance is
@@ -183,15 +186,7 @@ bool CellStore::SetPackedRow(int row, int firstCol, const PackedRow& texts, int 
     }
     if (r >= rows_.size()) rows_.resize(r + 1);
     auto& cells = rows_[r];
-    const std::size_t end = first + std::size_t(last);
-    if (cells.size() < end) {
-        const std::size_t capacity = std::max<std::size_t>(end, std::size_t(std::max(rowWidth, 0)));
-        if (capacity > cells.capacity()) {
-            ChargeMemoryBudget((capacity - cells.capacity()) * sizeof(Ref));
-            cells.reserve(capacity);
-        }
-        cells.resize(end, 0);
-    }
+    Widen(cells, first + std::size_t(last), rowWidth);
     // As many texts as the block being filled has room for go in with one copy. (A packed
     // text is short: it always fits a block's share.)
     for (int i = 0; i < last;) {

@@ -96,6 +96,7 @@ private:
     }
 
     Ref Append(std::string_view text);
+    void Widen(std::vector<Ref>& cells, std::size_t end, int rowWidth);
     // Makes the block being filled one with room for `stored` more bytes.
     void OpenBlockFor(std::size_t stored);
     void AddBlock(std::size_t size);
