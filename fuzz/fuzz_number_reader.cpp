@@ -1,12 +1,14 @@
 // The number readers on any text: NumericValue and ReadDimension end in a number or in
 // run-time error 6, never anything else, and a text that the exports take for a number
-// reads as the same finite value in the engine.
+// reads as the same finite value in the engine. A text that the sheet would show as it
+// stands is the very text the sheet writes for its value.
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
 #include "NumberShape.h"
+#include "NumberText.h"
 #include "NumericValue.h"
 #include "RuntimeError.h"
 
@@ -20,6 +22,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const RuntimeError& error) {
         if (error.Number() != RuntimeError::Overflow) std::abort();
         overflow = true;
+    }
+    for (const char separator : {'.', ','}) {
+        bool numberText = false;
+        try {
+            if (NumericValue(text, separator, numberText) != value || overflow) std::abort();
+        } catch (const RuntimeError&) {
+            if (!overflow) std::abort();
+        }
+        if (numberText != IsNumberText(text, separator)) std::abort();
+        if (numberText && NumberToText(value, separator) != text) std::abort();
     }
     try {
         const std::int16_t count = ReadDimension(text);
