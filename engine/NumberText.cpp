@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "PlainDecimal.h"
 
@@ -52,8 +53,69 @@ void ParseScientific(const char* first, const char* last, Decimal& out) {
     out.count = n;
 }
 
+// The product a * b exactly, as hi + lo (Dekker's product: each factor split into two halves
+// of 26 bits, whose products are exact). The engine is built without contracting a * b + c
+// into one fused operation, which would spoil the sums below.
+void ExactProduct(double a, double b, double& hi, double& lo) {
+    constexpr double kSplitter = 134217729.0;  // 2^27 + 1
+    const double ca = kSplitter * a, cb = kSplitter * b;
+    const double aHigh = ca - (ca - a), aLow = a - aHigh;
+    const double bHigh = cb - (cb - b), bLow = b - bHigh;
+    hi = a * b;
+    lo = ((aHigh * bHigh - hi) + aHigh * bLow + aLow * bHigh) + aLow * bLow;
+}
+
+// The 15 correctly rounded significant digits of the value, for decimal exponents -8 to 14,
+// straight from its product with a power of ten: with e the exponent of the first digit,
+// X = value x 10^(14 - e) is exact as hi + lo (10^0 .. 10^22 are exact doubles), and X
+// rounded to the nearest whole number, a tie to the even one, is the 15 digits. A guess of
+// e that leaves X outside 10^14 .. 10^15 is corrected once. Answers false outside the
+// exponents, where the general search takes over.
+bool RoundedDigitsByProduct(double magnitude, Decimal& out) {
+    constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr double kTwo52 = 4503599627370496.0;
+    // floor(log10(2^b)) for the binary exponent b: the decimal exponent or one less.
+    int e = ((std::ilogb(magnitude) * 78913) >> 18) + 1;
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const int k = 14 - e;
+        if (k < 0 || k > 22) return false;
+        double hi, lo;
+        ExactProduct(magnitude, kPowers[k], hi, lo);
+        // The exponent is right when 10^14 <= X < 10^15, decided on X itself.
+        if (hi < 1e14 || (hi == 1e14 && lo < 0)) {
+            --e;
+            continue;
+        }
+        if (hi > 1e15 || (hi == 1e15 && lo >= 0)) {
+            ++e;
+            continue;
+        }
+        // hi rounded to a whole number, a tie to the even one; hi - whole is then exact, and
+        // lo (at most half of hi's last place) decides only when hi lies halfway.
+        double whole = (hi + kTwo52) - kTwo52;
+        const double rest = hi - whole;
+        if (rest == 0.5 && lo > 0) whole += 1;
+        if (rest == -0.5 && lo < 0) whole -= 1;
+        auto digits = static_cast<unsigned long long>(whole);
+        if (digits == 1000000000000000) {  // 9.99...95 and above round up to the next power
+            digits = 1;
+            ++e;
+        }
+        int n = int(std::to_chars(out.digits, out.digits + 16, digits).ptr - out.digits);
+        while (n > 1 && out.digits[n - 1] == '0')
+            --n;
+        out.count = n;
+        out.exponent = e;
+        return true;
+    }
+    return false;
+}
+
 // The 15 correctly rounded significant digits of a finite, nonzero, non-negative value.
 void RoundedDigits(double magnitude, Decimal& out) {
+    if (RoundedDigitsByProduct(magnitude, out)) return;
     char text[48];  // "d.dddddddddddddddde-308" and room for the 16-byte copy above
     if (magnitude >= std::numeric_limits<double>::min()) {
         const auto shortest =
@@ -97,43 +159,51 @@ void RoundedDigits(double magnitude, Decimal& out) {
 // 10^-15 of the value), so N / 10^k is the correctly rounded 15-digit form itself, written
 // without the digit search. Answers the text's length, or 0 for a value that is not such a
 // decimal, or that is shown in scientific form (below 10^-4).
+// The one k tried is the largest up to 8 that keeps N below 10^15: a value with fewer
+// decimals has trailing zeros there, and one that misses (a rounding off the whole number)
+// takes the digit search, which finds the same digits.
 std::size_t ShortDecimal(double value, char* out, char decimalSeparator) {
     constexpr double kPowers[] = {1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
-    constexpr int kMostDecimals = 8;
-    for (int k = 1; k <= kMostDecimals; ++k) {
-        const double scaled = value * kPowers[k - 1];
-        if (scaled >= 1E15) return 0;
-        if (scaled != std::trunc(scaled)) continue;
-        auto whole = static_cast<unsigned long long>(scaled);
-        int decimals = k;
-        while (decimals > 0 && whole % 10 == 0) {
-            whole /= 10;
-            --decimals;
-        }
-        char digits[24];
-        const int n = int(std::to_chars(digits, digits + sizeof digits, whole).ptr - digits);
-        // Positional only from 10^-4 on: "0.000" and the digits.
-        if (decimals - n > 3) return 0;
-        char* p = out;
-        if (n > decimals) {
-            std::memcpy(p, digits, std::size_t(n - decimals));
-            p += n - decimals;
-        } else {
-            *p++ = '0';
-        }
-        if (decimals > 0) {
-            *p++ = decimalSeparator;
-            if (decimals > n) {
-                std::memset(p, '0', std::size_t(decimals - n));
-                p += decimals - n;
-            }
-            const int from = std::max(n - decimals, 0);
-            std::memcpy(p, digits + from, std::size_t(n - from));
-            p += n - from;
-        }
-        return std::size_t(p - out);
+    int k = 8;
+    double scaled = value * kPowers[k - 1];
+    while (scaled >= 1E15 && k > 1) {
+        --k;
+        scaled = value * kPowers[k - 1];
     }
-    return 0;
+    if (scaled >= 1E15 || scaled != std::trunc(scaled)) return 0;
+    auto whole = static_cast<unsigned long long>(scaled);
+    int decimals = k;
+    // The trailing zeros go four, two and one at a time (a whole number has none to lose
+    // here: it was written before, so at most seven).
+    for (const auto& [zeros, power] :
+         {std::pair(4, 10000ull), std::pair(2, 100ull), std::pair(1, 10ull)}) {
+        if (decimals >= zeros && whole % power == 0) {
+            whole /= power;
+            decimals -= zeros;
+        }
+    }
+    char digits[24];
+    const int n = int(std::to_chars(digits, digits + sizeof digits, whole).ptr - digits);
+    // Positional only from 10^-4 on: "0.000" and the digits.
+    if (decimals - n > 3) return 0;
+    char* p = out;
+    if (n > decimals) {
+        std::memcpy(p, digits, std::size_t(n - decimals));
+        p += n - decimals;
+    } else {
+        *p++ = '0';
+    }
+    if (decimals > 0) {
+        *p++ = decimalSeparator;
+        if (decimals > n) {
+            std::memset(p, '0', std::size_t(decimals - n));
+            p += decimals - n;
+        }
+        const int from = std::max(n - decimals, 0);
+        std::memcpy(p, digits + from, std::size_t(n - from));
+        p += n - from;
+    }
+    return std::size_t(p - out);
 }
 
 }  // namespace

@@ -90,6 +90,19 @@ TEST(NumberToText, AgreesWithPrintf) {
         ExpectSameAsPrintf(std::nextafter(midpoint, 0.0));
         ExpectSameAsPrintf(std::nextafter(midpoint, HUGE_VAL));
     }
+    // Around each power of ten, and around 9.99999999999999500, where the 15 digits carry
+    // into the next power: the decimal exponent of the digits changes there.
+    for (int e = -11; e <= 17; ++e) {
+        for (const char* form : {"1E%d", "9.999999999999995E%d", "9.9999999999999949E%d"}) {
+            char text[64];
+            std::snprintf(text, sizeof text, form, e);
+            double v = std::strtod(text, nullptr);
+            for (int step = 0; step < 3; ++step)
+                v = std::nextafter(v, 0.0);
+            for (int step = 0; step < 7; ++step, v = std::nextafter(v, HUGE_VAL))
+                ExpectSameAsPrintf(v);
+        }
+    }
     // Integers below 2^53 are exact, so these are true ties.
     for (std::int64_t m = 1000000000000005; m < 9007199254740992; m += 1000000000000010)
         ExpectSameAsPrintf(double(m));
