@@ -16,6 +16,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -66,20 +67,27 @@ Window& PreparedWindow(int n) {
     w.Text2_KeyUp(key, 0);
     w.Text3_KeyUp(key, 0);
     w.Text4_KeyUp(key, 0);
-    // Entries as a person types them ("-1.125", "0.25", "1"); with KELVARA_BENCH_ZEROS set,
-    // as std::to_string writes them ("-1.125000"), a form the sheet does not show.
+    // Entries as a person types them ("-1.125", "0.25", "1"). KELVARA_BENCH_ENTRIES=zeros
+    // writes them as std::to_string does ("-1.125000"), a form the sheet does not show;
+    // =long gives ten significant digits ("0.8414709848"), as measurements pasted from
+    // elsewhere come, whose products fill all 15 digits.
+    const char* const form = std::getenv("KELVARA_BENCH_ENTRIES");
+    const std::string entries = form != nullptr ? form : "typed";
     std::vector<std::string> texts;
     for (int k = 0; k < 19; ++k) {
         const double value = (k - 9) * 0.125;
-        texts.push_back(std::getenv("KELVARA_BENCH_ZEROS") != nullptr
-                            ? std::to_string(value)
-                            : QString::number(value).toStdString());
+        texts.push_back(entries == "zeros" ? std::to_string(value)
+                                           : QString::number(value).toStdString());
     }
     for (GridWidget* grid : {w.Grid1, w.Grid2}) {
         GridModel& model = grid->Model();
         for (int i = 1; i <= n; ++i)
             for (int j = 1; j <= n; ++j)
-                model.SetCellText(i, j, texts[std::size_t((i * 7 + j * 3) % 19)]);
+                model.SetCellText(
+                    i, j,
+                    entries == "long"
+                        ? QString::number(std::sin(i * 7.1 + j * 0.37), 'g', 10).toStdString()
+                        : texts[std::size_t((i * 7 + j * 3) % 19)]);
     }
     w.show();
     QApplication::processEvents();
