@@ -9,7 +9,10 @@
 
 #include "PlainDecimal.h"
 
-// How the 15 correctly rounded significant digits are found, fast:
+// How the 15 correctly rounded significant digits are found, fast, in three ways tried in
+// turn: a value with at most 8 decimals is written from one whole number (ShortDecimal); one
+// of decimal exponent -8 to 14 from one exact product with a power of ten
+// (RoundedDigitsByProduct); any other from the shortest digits, as follows.
 //
 // std::to_chars without a precision gives the shortest digits that read back as the same
 // double (Ryu), and among the shortest the ones closest to its exact value. For a normal
