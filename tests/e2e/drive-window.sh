@@ -19,6 +19,8 @@ trap cleanup EXIT
 
 fail() {
     echo "drive-window: $*" >&2
+    # What the program said on its way out, for a failure that happens elsewhere.
+    [ -s "$work/program.log" ] && sed 's/^/  program: /' "$work/program.log" >&2
     exit 1
 }
 
